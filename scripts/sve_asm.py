@@ -62,10 +62,22 @@ def assemble(lines, march="armv8.2-a+sve"):
     return words
 
 
+UNDEF = "~undef"
+
+
+def is_undefined(mnemonic, operands):
+    return mnemonic == ".inst" or "undefined" in operands
+
+
 def expectation_matches(expect, mnemonic, operands):
-    """expect: 'mnem[|alias...] [token ...]'. The mnemonic must be one of the
-    alternatives and every token must occur in the operand text."""
+    """expect: 'mnem[|alias...] [token ...] [~undef]'. The mnemonic must be one
+    of the alternatives and every token must occur in the operand text. A row
+    marked ~undef contains field values the architecture leaves unallocated
+    (we accept and give them a meaning); the disassembler may call those words
+    undefined, and that is accepted for them."""
     parts = expect.split()
+    if UNDEF in parts and is_undefined(mnemonic, operands):
+        return True
     if mnemonic not in parts[0].split("|"):
         return False
-    return all(tok in operands for tok in parts[1:])
+    return all(tok in operands for tok in parts[1:] if tok != UNDEF)
