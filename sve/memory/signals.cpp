@@ -19,8 +19,14 @@ constexpr int kSigFlags = SA_SIGINFO | SA_RESTART | SA_NODEFER;  // 0x50000004
 volatile int SVEFaultRegion = 0;
 sigjmp_buf sveFaultJB;
 
+// SA_NODEFER leaves the signal unblocked inside the handler, so a fault while
+// printing is delivered too rather than hanging the thread. A fault of the
+// application's own is never handed on to a handler of the application: these
+// settings replace its handlers, and the process dies as it would have
+// without us.
 extern "C" void SVESigHandler(int signal, siginfo_t*, void*) {
     if (SVEFaultRegion) {
+        // A guarded read: back to its __sigsetjmp, which reports the fault.
         SVEFaultRegion = 0;
         siglongjmp(sveFaultJB, 1);
     }
