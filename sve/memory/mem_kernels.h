@@ -1,0 +1,224 @@
+// Kernels and handlers of the memory instructions, and the element loops that
+// the contiguous, structure and replicate kernels share.
+#pragma once
+
+#include <cstdint>
+
+#include "sve/core/cpu_state.h"
+#include "sve/core/handler_util.h"
+
+// The two operand shapes of the contiguous and structure kernels.
+typedef aarch64_decode_rc (*sve_zpri_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, int);
+typedef aarch64_decode_rc (*sve_zprr_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, aarch64_i_reg);
+
+// One access of exactly the element's memory width at an application address.
+// volatile keeps the compiler from splitting, widening or merging it.
+template <typename M>
+inline M mem_load(uint64_t address) {
+    return *reinterpret_cast<const volatile M*>(address);
+}
+template <typename M>
+inline void mem_store(uint64_t address, M value) {
+    *reinterpret_cast<volatile M*>(address) = value;
+}
+
+// The handlers of both shapes cut the same fields: Zt 4..0, Pg 12..10, Xn
+// 9..5 (31 is SP), and either a signed 4-bit immediate at 19..16 or Xm at
+// 20..16 (31 is the zero register). `ES` is the register's element size and
+// `PQ` the governing predicate's qualifier: zeroing for loads, plain for
+// stores.
+template <sve_zpri_kernel K, uint32_t ES, uint32_t PQ>
+inline aarch64_decode_rc zpri_handler(cpu_state* s, unsigned w) {
+    set_instruction(s, w);
+    return K(s, zreg(f_zd(w), ES), preg(f_pg3(w), PQ), rspreg(f_zn(w), ES_D), sbits_of(w, 19, 16));
+}
+template <sve_zprr_kernel K, uint32_t ES, uint32_t PQ>
+inline aarch64_decode_rc zprr_handler(cpu_state* s, unsigned w) {
+    set_instruction(s, w);
+    return K(s, zreg(f_zd(w), ES), preg(f_pg3(w), PQ), rspreg(f_zn(w), ES_D), ireg(f_zm(w), ES_D));
+}
+
+#define SVE_ZPRI_KERNEL(name) \
+    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, int);
+#define SVE_ZPRR_KERNEL(name) \
+    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, aarch64_i_reg);
+#define SVE_HANDLER(name) aarch64_decode_rc name(cpu_state*, unsigned);
+
+// Contiguous LD1, ST1, LDNT1, STNT1.
+SVE_ZPRI_KERNEL(sve_ld1b_zpri)
+SVE_ZPRI_KERNEL(sve_ld1b_h_zpri)
+SVE_ZPRI_KERNEL(sve_ld1b_s_zpri)
+SVE_ZPRI_KERNEL(sve_ld1b_d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1h_zpri)
+SVE_ZPRI_KERNEL(sve_ld1h_s_zpri)
+SVE_ZPRI_KERNEL(sve_ld1h_d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1w_zpri)
+SVE_ZPRI_KERNEL(sve_ld1w_d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sb_h_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sb_s_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sb_d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sh_s_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sh_d_zpri)
+SVE_ZPRI_KERNEL(sve_ld1sw_d_zpri)
+SVE_ZPRI_KERNEL(sve_st1b_zpri)
+SVE_ZPRI_KERNEL(sve_st1b_h_zpri)
+SVE_ZPRI_KERNEL(sve_st1b_s_zpri)
+SVE_ZPRI_KERNEL(sve_st1b_d_zpri)
+SVE_ZPRI_KERNEL(sve_st1h_zpri)
+SVE_ZPRI_KERNEL(sve_st1h_s_zpri)
+SVE_ZPRI_KERNEL(sve_st1h_d_zpri)
+SVE_ZPRI_KERNEL(sve_st1w_zpri)
+SVE_ZPRI_KERNEL(sve_st1w_d_zpri)
+SVE_ZPRI_KERNEL(sve_st1d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnt1b_zpri)
+SVE_ZPRI_KERNEL(sve_ldnt1h_zpri)
+SVE_ZPRI_KERNEL(sve_ldnt1w_zpri)
+SVE_ZPRI_KERNEL(sve_ldnt1d_zpri)
+SVE_ZPRI_KERNEL(sve_stnt1b_zpri)
+SVE_ZPRI_KERNEL(sve_stnt1h_zpri)
+SVE_ZPRI_KERNEL(sve_stnt1w_zpri)
+SVE_ZPRI_KERNEL(sve_stnt1d_zpri)
+
+SVE_ZPRR_KERNEL(sve_ld1b_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1b_h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1b_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1b_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1h_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1h_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1w_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1w_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sb_h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sb_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sb_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sh_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sh_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ld1sw_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1b_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1b_h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1b_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1b_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1h_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1h_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1w_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1w_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_st1d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldnt1b_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldnt1h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldnt1w_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldnt1d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_stnt1b_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_stnt1h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_stnt1w_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_stnt1d_scaled_zprr)
+
+SVE_HANDLER(VecU8CLoad1SIZ)
+SVE_HANDLER(VecU16CLoad1SIZ)
+SVE_HANDLER(VecU32CLoad1SIZ)
+SVE_HANDLER(VecU64CLoad1SIZ)
+SVE_HANDLER(VecU16CLoad2SIZ)
+SVE_HANDLER(VecU32CLoad2SIZ)
+SVE_HANDLER(VecU64CLoad2SIZ)
+SVE_HANDLER(VecU32CLoad4SIZ)
+SVE_HANDLER(VecU64CLoad4SIZ)
+SVE_HANDLER(VecU64CLoad8SIZ)
+SVE_HANDLER(VecS16CLoad1SIZ)
+SVE_HANDLER(VecS32CLoad1SIZ)
+SVE_HANDLER(VecS64CLoad1SIZ)
+SVE_HANDLER(VecS32CLoad2SIZ)
+SVE_HANDLER(VecS64CLoad2SIZ)
+SVE_HANDLER(VecS64CLoad4SIZ)
+SVE_HANDLER(VecU8CStore1SIZ)
+SVE_HANDLER(VecU16CStore1SIZ)
+SVE_HANDLER(VecU32CStore1SIZ)
+SVE_HANDLER(VecU64CStore1SIZ)
+SVE_HANDLER(VecU16CStore2SIZ)
+SVE_HANDLER(VecU32CStore2SIZ)
+SVE_HANDLER(VecU64CStore2SIZ)
+SVE_HANDLER(VecU32CStore4SIZ)
+SVE_HANDLER(VecU64CStore4SIZ)
+SVE_HANDLER(VecU64CStore8SIZ)
+SVE_HANDLER(VecU8CLoadNT1SIZ)
+SVE_HANDLER(VecU16CLoadNT2SIZ)
+SVE_HANDLER(VecU32CLoadNT4SIZ)
+SVE_HANDLER(VecU64CLoadNT8SIZ)
+SVE_HANDLER(VecU8CStoreNT1SIZ)
+SVE_HANDLER(VecU16CStoreNT2SIZ)
+SVE_HANDLER(VecU32CStoreNT4SIZ)
+SVE_HANDLER(VecU64CStoreNT8SIZ)
+
+SVE_HANDLER(VecU8CLoad1LSSZ)
+SVE_HANDLER(VecU16CLoad1LSSZ)
+SVE_HANDLER(VecU32CLoad1LSSZ)
+SVE_HANDLER(VecU64CLoad1LSSZ)
+SVE_HANDLER(VecU16CLoad2LSSZ)
+SVE_HANDLER(VecU32CLoad2LSSZ)
+SVE_HANDLER(VecU64CLoad2LSSZ)
+SVE_HANDLER(VecU32CLoad4LSSZ)
+SVE_HANDLER(VecU64CLoad4LSSZ)
+SVE_HANDLER(VecU64CLoad8LSSZ)
+SVE_HANDLER(VecS16CLoad1LSSZ)
+SVE_HANDLER(VecS32CLoad1LSSZ)
+SVE_HANDLER(VecS64CLoad1LSSZ)
+SVE_HANDLER(VecS32CLoad2LSSZ)
+SVE_HANDLER(VecS64CLoad2LSSZ)
+SVE_HANDLER(VecS64CLoad4LSSZ)
+SVE_HANDLER(VecU8CStore1LSSZ)
+SVE_HANDLER(VecU16CStore1LSSZ)
+SVE_HANDLER(VecU32CStore1LSSZ)
+SVE_HANDLER(VecU64CStore1LSSZ)
+SVE_HANDLER(VecU16CStore2LSSZ)
+SVE_HANDLER(VecU32CStore2LSSZ)
+SVE_HANDLER(VecU64CStore2LSSZ)
+SVE_HANDLER(VecU32CStore4LSSZ)
+SVE_HANDLER(VecU64CStore4LSSZ)
+SVE_HANDLER(VecU64CStore8LSSZ)
+SVE_HANDLER(VecU8CLoadNT1LSSZ)
+SVE_HANDLER(VecU16CLoadNT2LSSZ)
+SVE_HANDLER(VecU32CLoadNT4LSSZ)
+SVE_HANDLER(VecU64CLoadNT8LSSZ)
+SVE_HANDLER(VecU8CStoreNT1LSSZ)
+SVE_HANDLER(VecU16CStoreNT2LSSZ)
+SVE_HANDLER(VecU32CStoreNT4LSSZ)
+SVE_HANDLER(VecU64CStoreNT8LSSZ)
+
+// Prefetches: no effect at all.
+SVE_HANDLER(VecU8Prefetch1SI)
+SVE_HANDLER(VecU16Prefetch2SI)
+SVE_HANDLER(VecU32Prefetch4SI)
+SVE_HANDLER(VecU64Prefetch8SI)
+SVE_HANDLER(VecU8Prefetch1LSS)
+SVE_HANDLER(VecU16Prefetch2LSS)
+SVE_HANDLER(VecU32Prefetch4LSS)
+SVE_HANDLER(VecU64Prefetch8LSS)
+SVE_HANDLER(VecU32Prefetch1VI)
+SVE_HANDLER(VecU32Prefetch2VI)
+SVE_HANDLER(VecU32Prefetch4VI)
+SVE_HANDLER(VecU32Prefetch8VI)
+SVE_HANDLER(VecU32Prefetch1XSV)
+SVE_HANDLER(VecU32Prefetch2XSV)
+SVE_HANDLER(VecU32Prefetch4XSV)
+SVE_HANDLER(VecU32Prefetch8XSV)
+SVE_HANDLER(VecU32Prefetch1YSV)
+SVE_HANDLER(VecU32Prefetch2YSV)
+SVE_HANDLER(VecU32Prefetch4YSV)
+SVE_HANDLER(VecU32Prefetch8YSV)
+SVE_HANDLER(VecU64Prefetch1VI)
+SVE_HANDLER(VecU64Prefetch2VI)
+SVE_HANDLER(VecU64Prefetch4VI)
+SVE_HANDLER(VecU64Prefetch8VI)
+SVE_HANDLER(VecU64Prefetch1XSV)
+SVE_HANDLER(VecU64Prefetch2XSV)
+SVE_HANDLER(VecU64Prefetch4XSV)
+SVE_HANDLER(VecU64Prefetch8XSV)
+SVE_HANDLER(VecU64Prefetch1YSV)
+SVE_HANDLER(VecU64Prefetch2YSV)
+SVE_HANDLER(VecU64Prefetch4YSV)
+SVE_HANDLER(VecU64Prefetch8YSV)
+SVE_HANDLER(VecU64Prefetch1SV)
+SVE_HANDLER(VecU64Prefetch2SV)
+SVE_HANDLER(VecU64Prefetch4SV)
+SVE_HANDLER(VecU64Prefetch8SV)
