@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "mem_test_util.h"
+#include "sve/core/decode.h"
 #include "sve/memory/mem_kernels.h"
 
 namespace {
@@ -97,6 +98,14 @@ Placed place(const Form& f, bool scalar_index, cpu_state* s, const Pages& pg) {
     s->x[XN] = pg.addr(1, 8);
     s->x[XM] = 37;
     return {pg.addr(1, 8) + 37 * f.m, f.ss_word, f.ss};
+}
+
+TEST(Contiguous, TheDecoderFindsEachFormsHandler) {
+    for (const Form& f : kForms) {
+        EXPECT_EQ(is_sve(f.si_word), f.si) << f.name;
+        EXPECT_EQ(is_sve(f.ss_word), f.ss) << f.name;
+    }
+    EXPECT_EQ(is_sve(0x85c00000), &VecU8Prefetch1SI);  // prfb pldl1keep, p0, [x0]
 }
 
 TEST(Contiguous, EveryLoadReadsActiveElementsAndZeroesTheRest) {
