@@ -283,6 +283,49 @@ SVE_HANDLER(VecU16E4Store2LSSZ)
 SVE_HANDLER(VecU32E4Store4LSSZ)
 SVE_HANDLER(VecU64E4Store8LSSZ)
 
+// Load-and-replicate, and the spill and fill of Z and P.
+typedef aarch64_decode_rc (*sve_ld1r_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rb_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rb_h_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rb_s_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rb_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rh_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rh_s_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rh_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rw_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rw_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rd_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsb_h_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsb_s_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsb_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsh_s_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsh_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ld1rsw_d_zpri(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, unsigned);
+extern "C" aarch64_decode_rc sve_ldr_zri(cpu_state*, aarch64_z_reg, aarch64_i_rsp_reg, int);
+extern "C" aarch64_decode_rc sve_str_zri(cpu_state*, aarch64_z_reg, aarch64_i_rsp_reg, int);
+extern "C" aarch64_decode_rc sve_ldr_pri(cpu_state*, aarch64_p_reg, aarch64_i_rsp_reg, int);
+extern "C" aarch64_decode_rc sve_str_pri(cpu_state*, aarch64_p_reg, aarch64_i_rsp_reg, int);
+SVE_HANDLER(VecU8LoadDup1SIZ)
+SVE_HANDLER(VecU16LoadDup1SIZ)
+SVE_HANDLER(VecU32LoadDup1SIZ)
+SVE_HANDLER(VecU64LoadDup1SIZ)
+SVE_HANDLER(VecU16LoadDup2SIZ)
+SVE_HANDLER(VecU32LoadDup2SIZ)
+SVE_HANDLER(VecU64LoadDup2SIZ)
+SVE_HANDLER(VecU32LoadDup4SIZ)
+SVE_HANDLER(VecU64LoadDup4SIZ)
+SVE_HANDLER(VecU64LoadDup8SIZ)
+SVE_HANDLER(VecS16LoadDup1SIZ)
+SVE_HANDLER(VecS32LoadDup1SIZ)
+SVE_HANDLER(VecS64LoadDup1SIZ)
+SVE_HANDLER(VecS32LoadDup2SIZ)
+SVE_HANDLER(VecS64LoadDup2SIZ)
+SVE_HANDLER(VecS64LoadDup4SIZ)
+SVE_HANDLER(VecU64FillSI)
+SVE_HANDLER(VecU64SpillSI)
+SVE_HANDLER(VecPFillSI)
+SVE_HANDLER(VecPSpillSI)
+
 // Prefetches: no effect at all.
 SVE_HANDLER(VecU8Prefetch1SI)
 SVE_HANDLER(VecU16Prefetch2SI)
