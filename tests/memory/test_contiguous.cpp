@@ -212,25 +212,6 @@ TEST(Contiguous, HandWorkedAddressingAndExtension) {
     }
 }
 
-TEST(Contiguous, St1bDWritesEightBytesAtStrideOne) {
-    // st1b {z2.d}, p1, [sp, #1, mul vl]: one register of .d bytes is 8 bytes.
-    SharedState st;
-    cpu_state* s = st.s;
-    uint8_t buf[32];
-    std::memset(buf, 0x5A, sizeof buf);
-    for (unsigned i = 0; i < 8; ++i) {
-        uint64_t v = 0x1111111111111100ull * (i + 1) + 0xC0 + i;
-        std::memcpy(s->z[2] + 8 * i, &v, 8);
-    }
-    std::memset(s->p[1], 0, 64);
-    for (unsigned i = 0; i < 8; ++i) s->p[1][8 * i] = 1;
-    s->x[31] = reinterpret_cast<uint64_t>(buf);
-    ASSERT_EQ(VecU64CStore1SIZ(s, 0xe461e7e2), DECODE_OK);
-    const uint8_t want[24] = {0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0xC0, 0xC1, 0xC2, 0xC3,
-                              0xC4, 0xC5, 0xC6, 0xC7, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A};
-    EXPECT_EQ(std::memcmp(buf, want, 24), 0);
-}
-
 // ld1w {z17.s}, p5/z, [x9, #-3, mul vl] with element 5 on a no-access page:
 // elements 0 to 4 are in the register when the process dies, 5 on are not.
 TEST(ContiguousFaults, LoadDiesOnTheFirstBadActiveElementWithElementsBelowDone) {

@@ -172,27 +172,4 @@ TEST(Structure, HandWorkedGroupsAndAddresses) {
     }
 }
 
-TEST(Structure, St4dFromZ29WrapsToZ0) {
-    SharedState st;
-    uint64_t mem[32] = {};
-    for (unsigned k = 0; k < 4; ++k) fill(st.s->z[zk(29, k)], 64, 11 + k);
-    std::memset(st.s->p[1], 1, 64);
-    st.s->x[2] = reinterpret_cast<uint64_t>(mem);
-    ASSERT_EQ(VecU64E4Store8SIZ(st.s, 0xe5f0e45d), DECODE_OK);  // st4d {z29.d-z0.d}, p1, [x2]
-    for (unsigned i = 0; i < 8; ++i)
-        for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(mem[4 * i + k], get(st.s->z[zk(29, k)] + 8 * i, 8)) << i << k;
-}
-
-TEST(Structure, St3bWithOnlyElementOneActiveWritesBytesThreeToFive) {
-    SharedState st;
-    uint8_t mem[200];
-    std::memset(mem, 0x5A, sizeof mem);
-    std::memset(st.s->p[0], 0, 64);
-    st.s->p[0][1] = 1;
-    for (unsigned k = 0; k < 3; ++k) st.s->z[k][1] = 0x10 + k;
-    st.s->x[31] = reinterpret_cast<uint64_t>(mem);
-    ASSERT_EQ(VecU8E3Store1SIZ(st.s, 0xe450e3e0), DECODE_OK);  // st3b {z0.b-z2.b}, p0, [sp]
-    for (unsigned b = 0; b < sizeof mem; ++b) EXPECT_EQ(mem[b], b >= 3 && b <= 5 ? 0x10 + b - 3 : 0x5A) << b;
-}
-
 }  // namespace
