@@ -28,7 +28,7 @@ std::string at(size_t offset) { return "[x27, #" + std::to_string(offset) + "]";
 size_t off_x(int n) { return offsetof(cpu_state, x) + 8 * static_cast<size_t>(n); }
 size_t off_z(int n) { return offsetof(cpu_state, z) + 64 * static_cast<size_t>(n); }
 
-// The replacement of one SVE word, written from the design of the sequence:
+// The replacement of one SVE word, step by step:
 // save X26, X27 and the application's X28 in slots 1-3, point X27 at the
 // thread's cpu_state, store everything, call, reload everything, restore.
 std::vector<Expect> expansion(const void* state) {
