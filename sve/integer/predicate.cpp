@@ -9,7 +9,10 @@
 #include "sve/integer/kernel_util.h"
 
 // ---------------------------------------------------------------------------
-// Flag setters of the reference world.
+// Flag setters of the reference world. Z and C test an element's whole bit
+// group where N and sve_ptest<> test its first bit; every predicate this
+// system writes has the rest of each group clear, so the two agree on all
+// values that arise.
 
 void PredSetNZC(PredV mask, PredV result, int esize, CpuContext* c) {
     unsigned n = esize > 0 ? elements(c, static_cast<unsigned>(esize)) : 0;
