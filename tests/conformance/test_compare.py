@@ -178,38 +178,54 @@ class LaneAllowances(unittest.TestCase):
     lanes they name."""
 
     NAME = "VecU16CLoadNF2SIZ"
+    BASE = cc.DATA_BASE + 0x200
+    ALL_H = 0x5555555555555555
+
+    def memory_z(self):
+        return b"".join(cc.memory_bytes(3, self.BASE + 2 * i, 2) for i in range(32))
 
     def nf(self, ref_ffr, ours_ffr, ref_z, ours_z, in_ffr=(1 << 64) - 1, other=None):
-        d = [dep(id="holes", handlers=["Vec*CLoadNF*SIZ"], allow=["ffr_after_ref_first_clear"]),
+        d = [dep(id="holes", handlers=["Vec*CLoadNF*SIZ"], allow=["ffr_where_ours_loaded_memory"]),
              dep(id="lanes", handlers=["Vec*CLoadNF*SIZ"], allow=["dest_lanes_where_ref_ffr_clear"])]
         x = [0] * 31
-        x[1] = cc.DATA_BASE
-        c = case(LDNF1H, state(x=x, ffr=in_ffr))
-        ref = result(state(x=x, ffr=ref_ffr, z=with_z({0: ref_z})))
+        x[1] = self.BASE
+        p = [self.ALL_H] + [0] * 15
+        c = case(LDNF1H, state(x=x, p=p, ffr=in_ffr), mem_seed=3)
+        ref = result(state(x=x, p=p, ffr=ref_ffr, z=with_z({0: ref_z})))
         zs = {0: ours_z}
         if other:
             zs.update(other)
-        ours = result(state(x=x, ffr=ours_ffr, z=with_z(zs)))
+        ours = result(state(x=x, p=p, ffr=ours_ffr, z=with_z(zs)))
         return cc.compare(c, ref, ours, self.NAME, d)
 
-    def test_ffr_holes_after_the_first_clear_are_accepted(self):
+    def test_ffr_kept_where_ours_loaded_memory_is_accepted(self):
         ref_ffr = (1 << 10) - 1               # cleared from element 5 (.h) on
-        ours_ffr = ref_ffr | 0xFF << 40       # ours kept some input bits there
-        z = zreg(0, 2, list(range(32)))
-        v = self.nf(ref_ffr, ours_ffr, z, z)
+        ours_ffr = ref_ffr | 0xFF << 40       # ours kept elements 20 to 23
+        z = self.memory_z()
+        v = self.nf(ref_ffr, ours_ffr, z[:10] + bytes(54), z)
         self.assertEqual(v.status, "explained")
 
-    def test_ffr_differences_before_the_first_clear_are_not(self):
+    def test_ffr_kept_with_a_value_memory_does_not_hold_is_not(self):
         ref_ffr = (1 << 10) - 1
-        ours_ffr = ref_ffr & ~(1 << 2)        # element 1 cleared by ours only
-        z = zreg(0, 2, list(range(32)))
+        ours_ffr = ref_ffr | 0xFF << 40
+        z = bytearray(self.memory_z())
+        z[41] ^= 0x10                          # element 20, which ours claims loaded
+        v = self.nf(ref_ffr, ours_ffr, bytes(z[:10]) + bytes(54), bytes(z))
+        self.assertEqual(v.status, "mismatch")
+        self.assertEqual([d.kind for d in v.diffs], ["ffr"])
+        self.assertEqual(sorted(v.diffs[0].lanes), [40, 41])
+
+    def test_ffr_cleared_by_ours_alone_is_not(self):
+        ref_ffr = (1 << 64) - 1
+        ours_ffr = ref_ffr & ~(3 << 2)        # element 1 cleared by ours only
+        z = self.memory_z()
         self.assertEqual(self.nf(ref_ffr, ours_ffr, z, z).status, "mismatch")
 
     def test_ffr_bits_that_were_zero_cannot_come_back(self):
-        in_ffr = ((1 << 64) - 1) & ~(1 << 40)
+        in_ffr = ((1 << 64) - 1) & ~(3 << 40)
         ref_ffr = (1 << 10) - 1
-        ours_ffr = ref_ffr | 1 << 40          # set a bit that was 0 on input
-        z = zreg(0, 2, list(range(32)))
+        ours_ffr = ref_ffr | 3 << 40          # element 20 was false on input
+        z = self.memory_z()
         self.assertEqual(self.nf(ref_ffr, ours_ffr, z, z, in_ffr=in_ffr).status, "mismatch")
 
     def test_destination_lanes_only_where_the_reference_ffr_is_clear(self):
@@ -262,6 +278,74 @@ class LaneAllowances(unittest.TestCase):
         self.assertEqual(cc.compare(c2, ref2, ours2, name, d).status, "mismatch")
 
 
+class ArchitectureModel(unittest.TestCase):
+    """Where the reference is set aside, ours is held to the pseudocode on
+    the case's memory image."""
+
+    NAME = "VecU16CLoadNF2SIZ"
+
+    def setup(self, pred, base):
+        x = [0] * 31
+        x[1] = base
+        self.p = [pred] + [0] * 15
+        self.x = x
+        return case(LDNF1H, state(x=x, p=self.p), mem_seed=3)
+
+    def memory_lanes(self, base, pred):
+        out = bytearray(64)
+        for i in range(32):
+            mb = cc.memory_bytes(3, base + 2 * i, 2)
+            if pred >> (2 * i) & 1 and mb is not None:
+                out[2 * i:2 * i + 2] = mb
+        return bytes(out)
+
+    def test_ours_is_held_to_memory_when_the_reference_is_set_aside(self):
+        d = [dep(id="model", handlers=[self.NAME], when=["governing_element0_inactive"],
+                 allow=["reference_from_model"])]
+        pred = 0x5555555555555550            # element 0 and 1 inactive
+        base = cc.DATA_BASE + 0x100
+        c = self.setup(pred, base)
+        wrong_ref = result(state(x=self.x, p=self.p))  # what the faulty reference gives: zeros
+        good = result(state(x=self.x, p=self.p, z=with_z({0: self.memory_lanes(base, pred)})))
+        v = cc.compare(c, wrong_ref, good, self.NAME, d)
+        self.assertEqual((v.status, v.used), ("explained", ["model"]))
+        bad_lanes = bytearray(self.memory_lanes(base, pred))
+        bad_lanes[20] ^= 1
+        bad = result(state(x=self.x, p=self.p, z=with_z({0: bytes(bad_lanes)})))
+        self.assertEqual(cc.compare(c, wrong_ref, bad, self.NAME, d).status, "mismatch")
+        # With element 0 active the reference stands: the zeros it gave are
+        # compared as they are.
+        c0 = self.setup(pred | 1, base)
+        good0 = result(state(x=self.x, p=self.p, z=with_z({0: self.memory_lanes(base, pred | 1)})))
+        self.assertEqual(cc.compare(c0, wrong_ref, good0, self.NAME, d).status, "mismatch")
+
+    def test_model_clears_ffr_from_the_first_unreadable_element(self):
+        pred = 0x5555555555555554
+        base = cc.GUARD_BASE - 20              # elements 10 and up are unreadable
+        c = self.setup(pred, base)
+        m = cc.contiguous_load_model(c, self.NAME)
+        self.assertEqual(m.signal, 0)
+        self.assertEqual(m.st.ffr, (1 << 20) - 1)
+        self.assertEqual(m.st.z[0][:20], self.memory_lanes(base, pred)[:20])
+        # A first-fault load faults on its first active element instead.
+        cf = case(LDFF1B_LSS, state(x=[0, cc.GUARD_BASE] + [0] * 29, p=[0xFFFFFFFFFFFFFFFF] + [0] * 15))
+        self.assertEqual(cc.contiguous_load_model(cf, "VecU8CLoadFF1LSSZ").signal, 11)
+
+    def test_ffr_kept_by_ours_needs_the_memory_value(self):
+        d = [dep(id="stop", handlers=[self.NAME], allow=["ffr_where_ours_loaded_memory"]),
+             dep(id="lanes", handlers=[self.NAME], allow=["dest_lanes_where_ref_ffr_clear"])]
+        pred = 0x5555555555555555
+        base = cc.DATA_BASE + cc.PAGE - 62       # element 31 on the next, readable page
+        c = self.setup(pred, base)
+        lanes = self.memory_lanes(base, pred)
+        ref = result(state(x=self.x, p=self.p, ffr=(1 << 62) - 1, z=with_z({0: lanes[:62] + bytes(2)})))
+        ours = result(state(x=self.x, p=self.p, z=with_z({0: lanes})))
+        self.assertEqual(cc.compare(c, ref, ours, self.NAME, d).status, "explained")
+        wrong = result(state(x=self.x, p=self.p, z=with_z({0: lanes[:62] + b"\x00\x00"})))
+        if lanes[62:] != b"\x00\x00":
+            self.assertEqual(cc.compare(c, ref, wrong, self.NAME, d).status, "mismatch")
+
+
 class Conditions(unittest.TestCase):
     def test_logical_immediates(self):
         def word(n, immr, imms):
@@ -303,16 +387,18 @@ class TheDepartureFile(unittest.TestCase):
         deps = cc.load_departures(DEPARTURES)
         x = [0] * 31
         x[1] = cc.DATA_BASE
+        p = [0x5555555555555555] + [0] * 15
         word = 0xA4A0A000 | 1 << 5  # ld1h {z0.h}, p0/z, [x1]
-        c = case(word, state(x=x))
-        ref = result(state(x=x, ffr=(1 << 10) - 1, z=with_z({0: zreg(0, 2, [1] * 32)})))
-        ours = result(state(x=x, ffr=(1 << 64) - 1, z=with_z({0: zreg(0, 2, [2] * 32)})))
+        c = case(word, state(x=x, p=p))
+        ref = result(state(x=x, p=p, ffr=(1 << 10) - 1, z=with_z({0: zreg(0, 2, [1] * 32)})))
+        ours = result(state(x=x, p=p, ffr=(1 << 64) - 1, z=with_z({0: zreg(0, 2, [2] * 32)})))
         self.assertFalse(cc.compare(c, ref, ours, "VecU16CLoad2SIZ", deps).ok)
-        # The same difference on the non-fault form is partly explained (FFR
-        # holes, FFR-false lanes) but not the lanes whose FFR stayed true.
-        v = cc.compare(case(LDNF1H, state(x=x)), ref, ours, "VecU16CLoadNF2SIZ", deps)
+        # The same difference on the non-fault form is partly explained (the
+        # FFR-false lanes) but not the lanes whose FFR stayed true, nor FFR
+        # kept by ours where its values are not memory's.
+        v = cc.compare(case(LDNF1H, state(x=x, p=p)), ref, ours, "VecU16CLoadNF2SIZ", deps)
         self.assertEqual(v.status, "mismatch")
-        self.assertEqual([d.kind for d in v.diffs], ["z"])
+        self.assertEqual([d.kind for d in v.diffs], ["z", "ffr"])
         self.assertEqual(sorted({k // 2 for k in v.diffs[0].lanes}), [0, 1, 2, 3, 4])
 
 
