@@ -9,20 +9,6 @@ Integer pair(uint64_t result, bool flag) {
 }
 }  // namespace
 
-Integer Int(uint64_t x, unsigned N, unsigned unsigned_) {
-    N = clip64(N);
-    if (N == 0) return 0;
-    if (unsigned_) return x & ones(N);
-    unsigned up = 64 - N;
-    return static_cast<int64_t>(x << up) >> up;
-}
-
-Integer SInt(uint64_t x, unsigned N) {
-    return (N == 8 || N == 16 || N == 32 || N == 64) ? Int(x, N, 0) : 0;
-}
-
-Integer AbsInt(Integer v) { return v < 0 ? NegInt(v) : v; }
-
 Integer ShiftLeftInt(Integer value, Integer count) {
     // Any right count above 128 behaves as 65; keep -count away from overflow.
     if (count < 0) return ShiftRightInt(value, count < -1000 ? Integer(1000) : -count);

@@ -13,15 +13,25 @@
 typedef __int128 Integer;
 typedef unsigned __int128 UInteger;
 
-// Low N bits of x, zero-extended when unsigned_ is 1, else sign-extended from bit N-1.
-Integer Int(uint64_t x, unsigned N, unsigned unsigned_);
-inline Integer UInt(uint64_t x, unsigned N) { return Int(x, N, 1); }
-// Sign-extension of the widths an element can have (8, 16, 32, 64); 0 for any other.
-Integer SInt(uint64_t x, unsigned N);
-// Low 64 bits.
-inline uint64_t bits(Integer v) { return static_cast<uint64_t>(v); }
 // Low N bits set; N of 0 sets all 64, because the shift count is taken modulo 64.
 inline uint64_t ones(unsigned N) { return ~0ull >> ((64 - N) & 63); }
+// Low 64 bits.
+inline uint64_t bits(Integer v) { return static_cast<uint64_t>(v); }
+// Low N bits of x, zero-extended when unsigned_ is 1, else sign-extended from
+// bit N-1. Widths above 64 mean the whole argument. Inline: the reference
+// operations call it for every element.
+inline Integer Int(uint64_t x, unsigned N, unsigned unsigned_) {
+    if (N == 0) return 0;
+    if (N > 64) N = 64;
+    if (unsigned_) return x & ones(N);
+    unsigned up = 64 - N;
+    return static_cast<int64_t>(x << up) >> up;
+}
+inline Integer UInt(uint64_t x, unsigned N) { return Int(x, N, 1); }
+// Sign-extension of the widths an element can have (8, 16, 32, 64); 0 for any other.
+inline Integer SInt(uint64_t x, unsigned N) {
+    return (N == 8 || N == 16 || N == 32 || N == 64) ? Int(x, N, 0) : 0;
+}
 
 // Arithmetic modulo 2^128, so that no product or negation is undefined. A
 // product of two unsigned 64-bit values can exceed the signed range; its low
@@ -30,7 +40,7 @@ inline Integer NegInt(Integer a) { return static_cast<Integer>(UInteger(0) - sta
 inline Integer AddInt(Integer a, Integer b) { return static_cast<Integer>(static_cast<UInteger>(a) + static_cast<UInteger>(b)); }
 inline Integer SubInt(Integer a, Integer b) { return static_cast<Integer>(static_cast<UInteger>(a) - static_cast<UInteger>(b)); }
 inline Integer MulInt(Integer a, Integer b) { return static_cast<Integer>(static_cast<UInteger>(a) * static_cast<UInteger>(b)); }
-Integer AbsInt(Integer v);
+inline Integer AbsInt(Integer v) { return v < 0 ? NegInt(v) : v; }
 
 // Shifts with the clipping that keeps the shift inside 128 bits: a left count
 // above 64 counts as 64, a right count above 65 as 65 (a full sign fill for
