@@ -76,11 +76,14 @@ class State:
         return self.sp if n == 31 else self.x[n]
 
 
+FLAG_PRED_JUNK = 1
+
+
 class Case:
-    __slots__ = ("word", "seed", "mem_seed", "row", "raw_state", "_st")
+    __slots__ = ("word", "seed", "mem_seed", "row", "flags", "raw_state", "_st")
 
     def __init__(self, buf, off=0):
-        magic, self.word, self.seed, self.mem_seed, self.row, _ = HEADER.unpack_from(buf, off)
+        magic, self.word, self.seed, self.mem_seed, self.row, self.flags = HEADER.unpack_from(buf, off)
         if magic != CASE_MAGIC:
             raise ValueError("not a case record at offset %d" % off)
         self.raw_state = bytes(buf[off + HEADER.size:off + CASE_SIZE])
@@ -259,6 +262,10 @@ ALLOWANCES = {
     "dest_lanes_input_in_ours_zero_tail": "destination Z elements in ours' cleared FFR tail that keep their input value",
     "ffr_where_ours_loaded_memory": "FFR bits the reference cleared without a fault, where ours kept them and its "
                                     "element holds what memory holds",
+    "dest_predicate": "the destination predicate (bits 3..0) in any bit",
+    "dest_predicate_nonfirst_bits_zero": "bits of the destination predicate that are not the first bit of an element "
+                                         "(at the element size of the name), where ours has 0",
+    "nzcv": "the condition flags",
     "reference_from_model": "the reference's result is replaced by the architecture's pseudocode applied to the "
                             "case's memory image, and the comparison goes on against that",
 }
@@ -386,6 +393,7 @@ def governing_element0_inactive(case, ref, ours, name):
 
 
 CONDITIONS = {
+    "predicate_bytes_junk": lambda case, ref, ours, name: bool(case.flags & FLAG_PRED_JUNK),
     "governing_element0_inactive": governing_element0_inactive,
     "logical_imm_reserved": lambda case, ref, ours, name: logical_imm_reserved(case.word, name),
     "next_page_unreadable": next_page_unreadable,
@@ -442,6 +450,22 @@ def apply_allowance(allow, diffs, case, ref, ours, name):
     info = rowinfo(name)
     es = info.esize()
     used = False
+    if base in ("dest_predicate", "dest_predicate_nonfirst_bits_zero"):
+        pd = field(case.word, 3, 0)
+        if base == "dest_predicate":
+            ok = lambda k: True
+        else:
+            ok = lambda k: k % es != 0 and not (ours.st.p[pd] >> k) & 1
+        for d in diffs:
+            if d.kind == "p" and d.index == pd:
+                keep = {k for k in d.lanes if not ok(k)}
+                used |= keep != d.lanes
+                d.lanes = keep
+        return used
+    if base == "nzcv":
+        before = len(diffs)
+        diffs[:] = [d for d in diffs if d.kind != "nzcv"]
+        return len(diffs) != before
     if base == "ffr_in_ours_zero_tail":
         t = _ours_zero_tail(ours.st.ffr, es) * es
         for d in diffs:
@@ -489,7 +513,7 @@ def apply_allowance(allow, diffs, case, ref, ours, name):
     raise ValueError("allowance %s is not a state allowance" % allow)
 
 
-STATE_ALLOWANCES = ("dest_lanes_where_ref_ffr_clear",
+STATE_ALLOWANCES = ("dest_predicate", "dest_predicate_nonfirst_bits_zero", "nzcv", "dest_lanes_where_ref_ffr_clear",
                     "ffr_in_ours_zero_tail", "dest_lanes_input_in_ours_zero_tail", "ffr_where_ours_loaded_memory")
 
 

@@ -58,9 +58,14 @@ struct conf_case {
     uint64_t seed;     /* the case's own seed: its name in reports and replays */
     uint64_t mem_seed; /* content of DATA before the instruction */
     uint32_t row;      /* index in sve_rows[] of the row the word was drawn from */
-    uint32_t flags;    /* reserved, 0 */
+    uint32_t flags;    /* CONF_FLAG_* */
     struct conf_state st;
 };
+
+/* Case flags. Our runner represents each predicate bit as a byte; with
+ * this flag set it puts random junk in bits 7..1 of every predicate byte,
+ * which a handler must ignore. FFR bytes always get junk. */
+#define CONF_FLAG_PRED_JUNK 1u
 
 /* rc values of a result. The reference always writes CONF_RC_OK. */
 #define CONF_RC_OK 0u

@@ -476,6 +476,7 @@ conf_case make_case(const sve_row& row, uint32_t row_index, uint64_t seed) {
     c.row = row_index;
     c.word = draw_word(r, row);
     c.mem_seed = 1 + r.below(8);  // a few images, so runners rarely rebuild the area
+    if (r.chance(50)) c.flags |= CONF_FLAG_PRED_JUNK;
     for (int i = 0; i < 31; ++i) c.st.x[i] = x_value(r);
     c.st.sp = r.chance(50) ? (CONF_DATA_BASE + r.below(CONF_DATA_SIZE)) & ~15ull : r.next() & ~15ull;
     c.st.nzcv = r.below(16) << 28;

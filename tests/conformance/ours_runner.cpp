@@ -110,11 +110,14 @@ void write_all(const void* buf, size_t n) {
 
 // Predicate bits -> one byte per vector byte. Only bit 0 is the predicate;
 // the other seven get random junk, which every reader must ignore.
-void unpack_pred(uint8_t* dst, const uint8_t* bits, uint64_t& junk, bool junk_in_every_byte) {
+// Junk comes from a generator seeded by the case, so the comparator can
+// work out which byte held what (scripts/conformance_compare.py, pred_junk).
+enum class Junk { None, Some, Every };
+void unpack_pred(uint8_t* dst, const uint8_t* bits, uint64_t& junk, Junk mode) {
     for (unsigned k = 0; k < 64; ++k) {
-        if ((k & 7) == 0) junk = conf_splitmix64(&junk);
-        uint8_t j = static_cast<uint8_t>(junk >> (8 * (k & 7))) & 0xfe;
-        if (junk_in_every_byte) j |= 0x80;
+        uint64_t r = conf_splitmix64(&junk);
+        uint8_t j = mode == Junk::None ? 0 : static_cast<uint8_t>(r) & 0xfe;
+        if (mode == Junk::Every) j |= 0x80;
         dst[k] = static_cast<uint8_t>((bits[k / 8] >> (k % 8) & 1) | j);
     }
 }
@@ -141,10 +144,11 @@ void load_state(const conf_case& c) {
     state.fpcr_extra = 0;
     std::memcpy(state.z, c.st.z, sizeof state.z);
     uint64_t junk = c.seed ^ 0x6a09e667f3bcc908ull;
-    for (int i = 0; i < 16; ++i) unpack_pred(state.p[i], c.st.p[i], junk, false);
+    Junk pj = (c.flags & CONF_FLAG_PRED_JUNK) ? Junk::Some : Junk::None;
+    for (int i = 0; i < 16; ++i) unpack_pred(state.p[i], c.st.p[i], junk, pj);
     // Junk in every FFR byte: a handler that rewrites all of them as 0 or 1
     // has gone through the reference frame, which is how the route shows.
-    unpack_pred(state.ffr, c.st.ffr, junk, true);
+    unpack_pred(state.ffr, c.st.ffr, junk, Junk::Every);
     state.instruction = kInstructionSentinel;
 }
 

@@ -346,6 +346,37 @@ class ArchitectureModel(unittest.TestCase):
             self.assertEqual(cc.compare(c, ref, wrong, self.NAME, d).status, "mismatch")
 
 
+class PredicateAllowances(unittest.TestCase):
+    TRN1_H = 0x05605000 | 2 << 16 | 1 << 5 | 3  # trn1 p3.h, p1.h, p2.h
+
+    def test_non_first_bits_only_where_ours_cleared_them(self):
+        d = [dep(handlers=["VecP16Trn1PP"], allow=["dest_predicate_nonfirst_bits_zero"])]
+        s = state()
+        c = case(self.TRN1_H, s)
+        ref = result(state(p=[0, 0, 0, 0b1111] + [0] * 12))
+        self.assertTrue(cc.compare(c, ref, result(state(p=[0, 0, 0, 0b0101] + [0] * 12)), "VecP16Trn1PP", d).ok)
+        # A first bit (an element's value) differs: not covered.
+        self.assertFalse(cc.compare(c, ref, result(state(p=[0, 0, 0, 0b1110] + [0] * 12)), "VecP16Trn1PP", d).ok)
+        # A non-first bit ours set where the reference has 0: not covered.
+        ref0 = result(state(p=[0, 0, 0, 0b0101] + [0] * 12))
+        self.assertFalse(cc.compare(c, ref0, result(state(p=[0, 0, 0, 0b0111] + [0] * 12)), "VecP16Trn1PP", d).ok)
+        # Another predicate register: not covered.
+        self.assertFalse(cc.compare(c, ref, result(state(p=[0, 0, 0b10, 0b1111] + [0] * 12)), "VecP16Trn1PP", d).ok)
+
+    def test_junk_condition_follows_the_case_flag(self):
+        d = [dep(handlers=["VecPNorPPZ"], when=["predicate_bytes_junk"], allow=["dest_predicate", "nzcv"])]
+        nor = 0x25804200 | 2 << 16 | 1 << 5 | 3
+        ref = result(state(p=[0, 0, 0, 1] + [0] * 12))
+        ours = result(state(p=[0] * 16, nzcv=0x20000000))
+        clean = cc.parse_cases(cc.HEADER.pack(cc.CASE_MAGIC, nor, 1, 1, 7, 0) + state())[0]
+        junk = cc.parse_cases(cc.HEADER.pack(cc.CASE_MAGIC, nor, 1, 1, 7, cc.FLAG_PRED_JUNK) + state())[0]
+        self.assertFalse(cc.compare(clean, ref, ours, "VecPNorPPZ", d).ok)
+        self.assertTrue(cc.compare(junk, ref, ours, "VecPNorPPZ", d).ok)
+        # Still only the destination predicate and the flags.
+        other = result(state(p=[1, 0, 0, 0] + [0] * 12))
+        self.assertFalse(cc.compare(junk, ref, other, "VecPNorPPZ", d).ok)
+
+
 class Conditions(unittest.TestCase):
     def test_logical_immediates(self):
         def word(n, immr, imms):
