@@ -161,6 +161,9 @@ class RowInfo:
         self.index_reg = False  # base + X[Rm] * msize
         self.nregs = 1      # registers of a structure load or store
         self.store = False
+        self.quad = False   # LD1RQ: one 16-byte block, replicated
+        self.addr = ""      # gather and scatter addressing: VI VS SV XVS YVS XSV YSV
+        self.ff = False
         m = TYPE_RE.match(name)
         rest = ""
         if m:
@@ -183,10 +186,15 @@ class RowInfo:
                 self.store = mm.group(2) == "Store"
             elif kind == "dup":
                 self.msize = int(mm.group(1))
+                self.quad = mm.group(2) == "Q"
                 self.index_reg = mm.group(3) == "SSZ"
             elif kind in ("prefetch", "gather"):
                 self.msize = int(mm.group(2) if kind == "gather" else mm.group(1))
                 self.index_reg = kind == "prefetch" and mm.group(2) == "LSS"
+                self.addr = mm.group(3) if kind == "gather" else mm.group(2)
+                if kind == "gather":
+                    self.store = mm.group(1) == "Store"
+                    self.ff = mm.group(1) == "LoadFF"
             break
 
     def esize(self):
@@ -355,9 +363,19 @@ def contiguous_accesses(case, name):
     store, or of every active structure (all its members together) of a
     structure load or store, in order; [] for other forms."""
     info = rowinfo(name)
+    st, w = case.st, case.word
+    if info.kind == "dup" and info.quad:
+        m = info.msize
+        base = st.xreg(field(w, 9, 5))
+        if info.index_reg:
+            rm = field(w, 20, 16)
+            base += 0 if rm == 31 else st.x[rm] * m
+        else:
+            base += sext(field(w, 19, 16), 4) * 16
+        pg = st.p[field(w, 12, 10)]
+        return [((base + e * m) & MASK64, m) for e in range(16 // m) if pg >> (e * m) & 1]
     if info.kind not in ("contig", "struct"):
         return []
-    st, w = case.st, case.word
     m = info.msize
     c = m if info.kind == "struct" else info.esize()
     n, regs = 64 // c, info.nregs
@@ -475,7 +493,7 @@ def apply_allowance(allow, diffs, case, ref, ours, name):
                 d.lanes = keep
         return used
     if base == "ffr_where_ours_loaded_memory":
-        model = contiguous_load_lanes(case, name)
+        model = load_lanes(case, name)
         if model is None:
             return False
         zt = field(case.word, 4, 0)
@@ -546,7 +564,7 @@ def compare(case, ref, ours, name, departures):
     modelled = None
     for d in deps:
         if "reference_from_model" in d.allow and ref is not None and applicable(d):
-            model = contiguous_load_model(case, name)
+            model = load_model(case, name)
             if model is not None:
                 ref, modelled = model, d.id
                 deps = [x for x in deps if x is not d]
@@ -713,31 +731,64 @@ def memory_bytes(mem_seed, addr, size):
 
 # ---- The architecture's contiguous loads, on the case's memory -----------------
 
-def contiguous_load_lanes(case, name):
-    """What each destination element of a contiguous load (LD1, LDNT1, LDFF1,
-    LDNF1) reads, by the architecture: the extended memory value for an
-    active element, None for an active element that cannot be read, zeros
-    for an inactive one. None for other forms."""
+def gather_addresses(case, name):
+    """Address of every element of a gather or scatter, by the
+    architecture's addressing forms; None for other forms."""
     info = rowinfo(name)
-    if info.kind != "contig" or info.store:
+    if info.kind != "gather":
         return None
     st, w = case.st, case.word
     m, c = info.msize, info.esize()
     n = 64 // c
-    signed = name.startswith("VecS")
+    form = info.addr
+    if form == "VI":
+        v = st.z[field(w, 9, 5)]
+        imm = field(w, 20, 16)
+        return [(int.from_bytes(v[i * c:(i + 1) * c], "little") + imm * m) & MASK64 for i in range(n)]
     base = st.xreg(field(w, 9, 5))
-    if info.index_reg:
-        rm = field(w, 20, 16)
-        base += 0 if rm == 31 else st.x[rm] * m
+    v = st.z[field(w, 20, 16)]
+    out = []
+    for i in range(n):
+        off = int.from_bytes(v[i * c:(i + 1) * c], "little")
+        if form in ("XVS", "XSV"):
+            off = sext(off & 0xFFFFFFFF, 32)
+        elif form in ("YVS", "YSV") or c == 4:
+            off &= 0xFFFFFFFF
+        if form in ("SV", "XSV", "YSV"):
+            off *= m
+        out.append((base + off) & MASK64)
+    return out
+
+
+def load_lanes(case, name):
+    """What each destination element of a single-register load (LD1, LDNT1,
+    LDFF1, LDNF1, contiguous or gather) reads, by the architecture: the
+    extended memory value for an active element, None for an active element
+    that cannot be read, zeros for an inactive one. None for other forms."""
+    info = rowinfo(name)
+    st, w = case.st, case.word
+    m, c = info.msize, info.esize()
+    n = 64 // c
+    if info.kind == "contig" and not info.store:
+        base = st.xreg(field(w, 9, 5))
+        if info.index_reg:
+            rm = field(w, 20, 16)
+            base += 0 if rm == 31 else st.x[rm] * m
+        else:
+            base += sext(field(w, 19, 16), 4) * n * m
+        addrs = [(base + i * m) & MASK64 for i in range(n)]
+    elif info.kind == "gather" and not info.store:
+        addrs = gather_addresses(case, name)
     else:
-        base += sext(field(w, 19, 16), 4) * n * m
+        return None
+    signed = name.startswith("VecS")
     pg = st.p[field(w, 12, 10)]
     lanes = []
     for i in range(n):
         if not pg >> (i * c) & 1:
             lanes.append(bytes(c))
             continue
-        raw = memory_bytes(case.mem_seed, (base + i * m) & MASK64, m)
+        raw = memory_bytes(case.mem_seed, addrs[i], m)
         if raw is None:
             lanes.append(None)
             continue
@@ -748,19 +799,20 @@ def contiguous_load_lanes(case, name):
     return lanes
 
 
-def contiguous_load_model(case, name):
-    """The architecture's result of a contiguous load on the case: a Result
+def load_model(case, name):
+    """The architecture's result of a single-register load on the case
+    (contiguous or gather, plain, first-fault or non-fault): a Result
     in the form the runners write. First-fault: the first active element
     that cannot be read faults (SIGSEGV); a later one clears FFR from itself
     to the end. Non-fault: any such element clears FFR from itself to the
     end. Plain: any such element faults. Lanes from a cleared FFR element on
     are unpredictable and given as zero."""
-    lanes = contiguous_load_lanes(case, name)
+    lanes = load_lanes(case, name)
     if lanes is None:
         return None
     info = rowinfo(name)
     c = info.esize()
-    ff = "CLoadFF" in name
+    ff = "LoadFF" in name
     nf = "CLoadNF" in name
     st = case.st
     pg = st.p[field(case.word, 12, 10)]
@@ -796,7 +848,7 @@ def model_disagrees(case, ref, name):
     on any element after the first active one.)"""
     if ref is None or ref.signal:
         return None
-    model = contiguous_load_model(case, name)
+    model = load_model(case, name)
     if model is None:
         return None
     if model.signal:

@@ -323,13 +323,13 @@ class ArchitectureModel(unittest.TestCase):
         pred = 0x5555555555555554
         base = cc.GUARD_BASE - 20              # elements 10 and up are unreadable
         c = self.setup(pred, base)
-        m = cc.contiguous_load_model(c, self.NAME)
+        m = cc.load_model(c, self.NAME)
         self.assertEqual(m.signal, 0)
         self.assertEqual(m.st.ffr, (1 << 20) - 1)
         self.assertEqual(m.st.z[0][:20], self.memory_lanes(base, pred)[:20])
         # A first-fault load faults on its first active element instead.
         cf = case(LDFF1B_LSS, state(x=[0, cc.GUARD_BASE] + [0] * 29, p=[0xFFFFFFFFFFFFFFFF] + [0] * 15))
-        self.assertEqual(cc.contiguous_load_model(cf, "VecU8CLoadFF1LSSZ").signal, 11)
+        self.assertEqual(cc.load_model(cf, "VecU8CLoadFF1LSSZ").signal, 11)
 
     def test_ffr_kept_by_ours_needs_the_memory_value(self):
         d = [dep(id="stop", handlers=[self.NAME], allow=["ffr_where_ours_loaded_memory"]),
