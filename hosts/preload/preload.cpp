@@ -57,11 +57,24 @@ constexpr uint64_t kNzcvMask = 0xf0000000u;
 // One per thread that has executed an SVE instruction. Never unmapped: a
 // thread's slot is recycled once the thread is gone, so the number of
 // mappings is the largest number of such threads alive at once.
+// The DynamoRIO client decodes a word once, when it rewrites the block; here
+// every execution arrives as a new signal, and walking the 44 decode maps each
+// time would cost more than the emulation itself. So each thread remembers the
+// handler of the addresses it has met, checked against the word found there,
+// so that code written at run time is decoded afresh.
+constexpr unsigned kDecodeCacheEntries = 1024;
+struct decode_entry {
+    const unsigned* pc;
+    unsigned word;
+    sve_handler handler;
+};
+
 struct thread_slot {
     cpu_state state;
     std::atomic<pid_t> owner;  // thread id, 0 when free
     thread_slot* next;         // list of every slot, only ever pushed
     void* altstack;
+    decode_entry decoded[kDecodeCacheEntries];
 };
 
 std::atomic<thread_slot*> all_slots{nullptr};
@@ -111,6 +124,7 @@ thread_slot* claim_slot() {
     }
     // A new thread starts with clear SVE state, which makes runs repeatable.
     memset(&slot->state, 0, sizeof slot->state);
+    memset(slot->decoded, 0, sizeof slot->decoded);
     // Later SIGILLs of this thread run on our stack, unless the application
     // gave the thread one of its own, which we leave in place.
     stack_t cur;
@@ -218,9 +232,18 @@ void on_sigill(int, siginfo_t* info, void* context) {
         return;
     }
     unsigned word = *pc;
-    sve_handler handler = is_sve(word);
-    fpsimd_context* fp = find_fpsimd(mc);
     thread_slot* slot = my_slot;
+    decode_entry* cached = nullptr;
+    sve_handler handler = nullptr;
+    if (slot != nullptr) {
+        cached = &slot->decoded[(reinterpret_cast<uintptr_t>(pc) >> 2) % kDecodeCacheEntries];
+        if (cached->pc == pc && cached->word == word) handler = cached->handler;
+    }
+    if (handler == nullptr) {
+        handler = is_sve(word);
+        if (cached != nullptr && handler != nullptr) *cached = {pc, word, handler};
+    }
+    fpsimd_context* fp = find_fpsimd(mc);
     if (handler != nullptr && fp != nullptr && slot == nullptr) slot = my_slot = claim_slot();
     if (handler == nullptr || fp == nullptr || slot == nullptr) {
         const char* why = nullptr;
