@@ -20,79 +20,36 @@ constexpr uint64_t neg64(int64_t v) { return static_cast<uint64_t>(v); }
 // --- Division: divisor 0 gives 0, signed minimum / -1 gives the minimum, the
 // host never divides either; inactive elements keep the old Zdn.
 
-TEST(Division, Sdiv32) {
+TEST(Division, Signed) {
     run_elems<uint32_t>(VecS32DivVVM, 0x04940861,  // sdiv z1.s, p2/m, z1.s, z3.s
-                        {{7, 2, 1, 3},
-                         {neg32(-7), 2, 1, neg32(-3)},  // rounds toward zero
-                         {7, neg32(-2), 1, neg32(-3)},
-                         {neg32(-7), neg32(-2), 1, 3},
-                         {12345, 0, 1, 0},
-                         {I32MIN, neg32(-1), 1, I32MIN},
-                         {5, neg32(-1), 1, neg32(-5)},
-                         {I32MIN, 1, 1, I32MIN},
-                         {I32MIN, I32MIN, 1, 1},
-                         {I32MAX, I32MIN, 1, 0},
-                         {neg32(-1), I32MIN, 1, 0},
-                         {0, 0, 1, 0},
-                         {99, 0, 0, 99},              // inactive with divisor 0
-                         {77, 0, 2, 77},              // byte 2: bit 0 clear, inactive
-                         {100, 7, 3, 14},             // byte 3: bit 0 set, active
-                         {100, 7, GROUP_0111, 100}});  // only the first byte counts
+                        {{7, 2, 1, 3}, {neg32(-7), 2, 1, neg32(-3)}, {7, neg32(-2), 1, neg32(-3)},  // toward zero
+                         {neg32(-7), neg32(-2), 1, 3}, {12345, 0, 1, 0}, {I32MIN, neg32(-1), 1, I32MIN},
+                         {5, neg32(-1), 1, neg32(-5)}, {I32MIN, I32MIN, 1, 1}, {I32MAX, I32MIN, 1, 0}, {0, 0, 1, 0},
+                         {99, 0, 0, 99},                                    // inactive with divisor 0
+                         {77, 0, 2, 77}, {100, 7, 3, 14}, {100, 7, GROUP_0111, 100}});  // junk bytes: bit 0 decides
+    run_elems<uint64_t>(VecS64DivVVM, 0x04d40861,  // sdiv z1.d
+                        {{I64MIN, neg64(-1), 1, I64MIN}, {I64MIN, 0, 1, 0}, {neg64(-9), 4, 1, neg64(-2)},
+                         {I64MAX, neg64(-1), 1, neg64(-I64MAX)}, {I64MIN, neg64(-1), 0, I64MIN}, {5, 0, GROUP_0111, 5}});
 }
 
-TEST(Division, Sdiv64) {
-    run_elems<uint64_t>(VecS64DivVVM, 0x04d40861,  // sdiv z1.d, p2/m, z1.d, z3.d
-                        {{I64MIN, neg64(-1), 1, I64MIN},
-                         {I64MIN, 0, 1, 0},
-                         {neg64(-9), 4, 1, neg64(-2)},
-                         {I64MAX, neg64(-1), 1, neg64(-I64MAX)},
-                         {I64MIN, 2, 1, 0xc000000000000000ull},
-                         {I64MIN, neg64(-1), 0, I64MIN},
-                         {5, 0, GROUP_0111, 5},
-                         {0x100000000ull, 0x10, 1, 0x10000000}});
-}
-
-TEST(Division, Sdivr32TakesTheDivisorFromZdn) {
+TEST(Division, ReversedTakesTheDivisorFromZdn) {
     run_elems<uint32_t>(VecS32DivRVVM, 0x04960861,  // sdivr z1.s, p2/m, z1.s, z3.s: z3 / z1
-                        {{0, 55, 1, 0},
-                         {0, I32MIN, 1, 0},
-                         {neg32(-1), 55, 1, neg32(-55)},
-                         {neg32(-1), I32MIN, 1, I32MIN},
-                         {2, 7, 1, 3},
-                         {neg32(-2), 7, 1, neg32(-3)},
-                         {7, 2, 1, 0},
-                         {0, 9, 0, 0},
-                         {3, 9, 2, 3}});
-}
-
-TEST(Division, Sdivr64) {
-    run_elems<uint64_t>(VecS64DivRVVM, 0x04d60861,  // sdivr z1.d, p2/m, z1.d, z3.d
-                        {{0, 55, 1, 0}, {neg64(-1), I64MIN, 1, I64MIN}, {neg64(-1), 1, 1, neg64(-1)}, {3, I64MAX, 1, 0x2aaaaaaaaaaaaaaaull}});
-}
-
-TEST(Division, Udiv32TreatsAllOnesAsALargeDivisor) {
-    run_elems<uint32_t>(VecU32DivVVM, 0x04950861,  // udiv z1.s, p2/m, z1.s, z3.s
-                        {{0xffffffff, 0xffffffff, 1, 1},
-                         {5, 0xffffffff, 1, 0},
-                         {0xfffffffe, 2, 1, 0x7fffffff},
-                         {0xffffffff, 0, 1, 0},
-                         {I32MIN, 0xffffffff, 1, 0},
-                         {0xffffffff, 1, 1, 0xffffffff},
-                         {100, 7, 1, 14},
-                         {100, 0, 0, 100},
-                         {100, 7, GROUP_0111, 100}});
-}
-
-TEST(Division, Udiv64) {
-    run_elems<uint64_t>(VecU64DivVVM, 0x04d50861,  // udiv z1.d, p2/m, z1.d, z3.d
-                        {{~0ull, ~0ull, 1, 1}, {~0ull, 0, 1, 0}, {~0ull, 2, 1, I64MAX}, {I64MIN, neg64(-1), 1, 0}, {9, 0, 2, 9}});
-}
-
-TEST(Division, Udivr32And64) {
-    run_elems<uint32_t>(VecU32DivRVVM, 0x04970861,  // udivr z1.s: z3 / z1
+                        {{0, 55, 1, 0}, {0, I32MIN, 1, 0}, {neg32(-1), 55, 1, neg32(-55)}, {neg32(-1), I32MIN, 1, I32MIN},
+                         {2, 7, 1, 3}, {7, 2, 1, 0}, {0, 9, 0, 0}, {3, 9, 2, 3}});
+    run_elems<uint64_t>(VecS64DivRVVM, 0x04d60861,  // sdivr z1.d
+                        {{0, 55, 1, 0}, {neg64(-1), I64MIN, 1, I64MIN}, {3, I64MAX, 1, 0x2aaaaaaaaaaaaaaaull}});
+    run_elems<uint32_t>(VecU32DivRVVM, 0x04970861,  // udivr z1.s
                         {{0, 5, 1, 0}, {0xffffffff, 5, 1, 0}, {2, 0xffffffff, 1, 0x7fffffff}, {4, 0, 0, 4}});
     run_elems<uint64_t>(VecU64DivRVVM, 0x04d70861,  // udivr z1.d
                         {{0, ~0ull, 1, 0}, {~0ull, ~0ull, 1, 1}, {3, ~0ull, 1, 0x5555555555555555ull}});
+}
+
+TEST(Division, UnsignedTreatsAllOnesAsALargeDivisor) {
+    run_elems<uint32_t>(VecU32DivVVM, 0x04950861,  // udiv z1.s, p2/m, z1.s, z3.s
+                        {{0xffffffff, 0xffffffff, 1, 1}, {5, 0xffffffff, 1, 0}, {0xfffffffe, 2, 1, 0x7fffffff},
+                         {0xffffffff, 0, 1, 0}, {I32MIN, 0xffffffff, 1, 0}, {100, 0, 0, 100}, {100, 7, GROUP_0111, 100}});
+    run_elems<uint64_t>(VecU64DivVVM, 0x04d50861,  // udiv z1.d
+                        {{~0ull, ~0ull, 1, 1}, {~0ull, 0, 1, 0}, {~0ull, 2, 1, I64MAX}, {I64MIN, neg64(-1), 1, 0}, {9, 0, 2, 9}});
 }
 
 TEST(Division, SizesBelow32BitsFallTo32Bits) {
@@ -121,86 +78,22 @@ TEST(Predicate, JunkBytesInTheGroupHaveNoEffect) {
 
 // --- Element operations at the sign boundaries.
 
-TEST(Elements, MinMaxAtTheSignBoundary) {
-    // At .s, smin/smax read 0x80000000 as the smallest value and 0xffffffff as
-    // -1; umin/umax read both as large. Each pair is given in both orders.
+TEST(Elements, SignBoundaries) {
+    // smin reads 0x80000000 as the smallest .s value and 0xffffffff as -1;
+    // umax reads both as large. Each pair comes in both orders.
     run_elems<uint32_t>(VecS32MinVVM, 0x048a0861,  // smin z1.s, p2/m, z1.s, z3.s
                         {{I32MAX, I32MIN, 1, I32MIN}, {I32MIN, I32MAX, 1, I32MIN}, {0, 0xffffffff, 1, 0xffffffff},
                          {0xffffffff, 0, 1, 0xffffffff}, {1, 2, 1, 1}, {9, 1, 0, 9}});
-    run_elems<uint32_t>(VecS32MaxVVM, 0x04880861,
-                        {{I32MAX, I32MIN, 1, I32MAX}, {I32MIN, I32MAX, 1, I32MAX}, {0, 0xffffffff, 1, 0},
-                         {0xffffffff, 0, 1, 0}, {1, 2, 1, 2}, {9, 1, 0, 9}});
-    run_elems<uint32_t>(VecU32MinVVM, 0x048b0861,
-                        {{I32MAX, I32MIN, 1, I32MAX}, {I32MIN, I32MAX, 1, I32MAX}, {0, 0xffffffff, 1, 0},
-                         {0xffffffff, 0, 1, 0}, {1, 2, 1, 1}, {9, 1, 0, 9}});
-    run_elems<uint32_t>(VecU32MaxVVM, 0x04890861,
+    run_elems<uint32_t>(VecU32MaxVVM, 0x04890861,  // umax z1.s
                         {{I32MAX, I32MIN, 1, I32MIN}, {I32MIN, I32MAX, 1, I32MIN}, {0, 0xffffffff, 1, 0xffffffff},
                          {0xffffffff, 0, 1, 0xffffffff}, {1, 2, 1, 2}, {9, 1, 0, 9}});
-    run_elems<uint8_t>(VecS8MinVVM, 0x040a0861, {{0x7f, 0x80, 1, 0x80}, {0xff, 0x01, 1, 0xff}, {0x80, 0x80, 1, 0x80}});
-    run_elems<uint8_t>(VecU8MaxVVM, 0x04090861, {{0x7f, 0x80, 1, 0x80}, {0xff, 0x01, 1, 0xff}});
-    run_elems<uint16_t>(VecS16MaxVVM, 0x04480861, {{0x7fff, 0x8000, 1, 0x7fff}, {0xffff, 0x0000, 1, 0x0000}});
-    run_elems<uint64_t>(VecS64MinVVM, 0x04ca0861, {{I64MAX, I64MIN, 1, I64MIN}, {~0ull, 0, 1, ~0ull}});
-    run_elems<uint64_t>(VecU64MinVVM, 0x04cb0861, {{I64MAX, I64MIN, 1, I64MAX}, {~0ull, 0, 1, 0}});
-}
-
-TEST(Elements, MultiplyKeepsTheLowHalf) {
-    run_elems<uint8_t>(VecS8MulVVM, 0x04100861,  // mul z1.b, p2/m, z1.b, z3.b
-                       {{0xff, 0xff, 1, 1}, {0x80, 0x80, 1, 0}, {0x10, 0x10, 1, 0}, {0x0f, 0x11, 1, 0xff}, {3, 5, 0, 3}});
-    run_elems<uint16_t>(VecS16MulVVM, 0x04500861,  // mul z1.h: 0xffff * 0xffff = 0xfffe0001
-                        {{0xffff, 0xffff, 1, 1}, {0x8000, 2, 1, 0}, {0x1234, 0x100, 1, 0x3400}, {0x7fff, 0x7fff, 1, 0x0001}});
-    run_elems<uint64_t>(VecS64MulVVM, 0x04d00861,  // mul z1.d
-                        {{~0ull, ~0ull, 1, 1}, {I64MIN, 3, 1, I64MIN}, {0x100000001ull, 0x100000001ull, 1, 0x200000001ull}});
-}
-
-TEST(Elements, MultiplyAccumulate) {
-    // mad z1.s, p2/m, z3.s, z4.s: z1 = z4 + z1 * z3
-    // msb z1.s, p2/m, z3.s, z4.s: z1 = z4 - z1 * z3
-    // mla z1.s, p2/m, z3.s, z4.s: z1 = z1 + z3 * z4
-    // mls z1.s, p2/m, z3.s, z4.s: z1 = z1 - z3 * z4
-    struct Case {
-        sve_handler h;
-        uint32_t word;
-        uint32_t want[3];
-    } cases[] = {
-        // z1 = {3, 0x10000, 0xffffffff}, z3 = {5, 0x10000, 0xffffffff}, z4 = {7, 1, 2}
-        {VecS32MADDVVVM, 0x0483c881, {22, 1, 3}},
-        {VecS32MSUBVVVM, 0x0483e881, {neg32(-8), 1, 1}},
-        {VecS32MLAVVVM, 0x04844861, {38, 0x20000, 0xfffffffd}},
-        {VecS32MLSVVVM, 0x04846861, {neg32(-32), 0, 1}},
-    };
-    for (const Case& c : cases) {
-        auto s = noisy_state(c.word);
-        pfill(*s, 2, 4, 0b0111);
-        const uint32_t z1[3] = {3, 0x10000, 0xffffffff}, z3[3] = {5, 0x10000, 0xffffffff}, z4[3] = {7, 1, 2};
-        for (unsigned i = 0; i < 3; ++i) {
-            zput(*s, 1, i, z1[i]);
-            zput(*s, 3, i, z3[i]);
-            zput(*s, 4, i, z4[i]);
-        }
-        cpu_state before = *s;
-        EXPECT_EQ(c.h(s.get(), c.word), DECODE_OK);
-        for (unsigned i = 0; i < 3; ++i) EXPECT_EQ(zget<uint32_t>(*s, 1, i), c.want[i]) << std::hex << c.word << " element " << i;
-        for (unsigned i = 3; i < 16; ++i) EXPECT_EQ(zget<uint32_t>(*s, 1, i), zget<uint32_t>(before, 1, i));
-        expect_rest_unchanged(before, *s, 1, Route::kernel);
-    }
-}
-
-TEST(Elements, NegationAndExtension) {
-    run_elems<uint8_t>(VecS8NegVM, 0x0417a861,  // neg z1.b, p2/m, z3.b
-                       {{0x55, 0x80, 1, 0x80}, {0x55, 0x01, 1, 0xff}, {0x55, 0x00, 1, 0x00}, {0x55, 0x7f, 1, 0x81}, {0x55, 0x7f, 0, 0x55}});
-    run_elems<uint32_t>(VecS32NegVM, 0x0497a861, {{9, I32MIN, 1, I32MIN}, {9, 1, 1, 0xffffffff}, {9, 1, GROUP_0111, 9}});
-    run_elems<uint16_t>(VecS16Extnd12VM, 0x0450a861,  // sxtb z1.h, p2/m, z3.h
-                        {{0, 0x1280, 1, 0xff80}, {0, 0xff7f, 1, 0x007f}, {0xaaaa, 0x0080, 0, 0xaaaa}});
-    run_elems<uint32_t>(VecS32Extnd14VM, 0x0490a861,  // sxtb z1.s
-                        {{0, 0xaaaa0080, 1, 0xffffff80}, {0, 0xffffff7f, 1, 0x7f}});
-    run_elems<uint64_t>(VecS64Extnd28VM, 0x04d2a861,  // sxth z1.d
-                        {{0, 0x1234567812348000ull, 1, 0xffffffffffff8000ull}, {0, 0xffffffffffff7fffull, 1, 0x7fff}});
+    run_elems<uint64_t>(VecS64MaxVVM, 0x04c80861, {{I64MAX, I64MIN, 1, I64MAX}, {~0ull, 0, 1, 0}});  // smax z1.d
+    // mul z1.h: 0xffff * 0xffff = 0xfffe0001, a product that overflows a promoted int.
+    run_elems<uint16_t>(VecS16MulVVM, 0x04500861, {{0xffff, 0xffff, 1, 1}, {0x8000, 2, 1, 0}, {0x7fff, 0x7fff, 1, 1}});
+    // neg of the minimum is the minimum.
+    run_elems<uint8_t>(VecS8NegVM, 0x0417a861, {{0x55, 0x80, 1, 0x80}, {0x55, 0x01, 1, 0xff}, {0x55, 0x7f, 0, 0x55}});
     run_elems<uint64_t>(VecS64Extnd48VM, 0x04d4a861,  // sxtw z1.d
                         {{0, 0x0000000080000000ull, 1, 0xffffffff80000000ull}, {0, 0xffffffff7fffffffull, 1, 0x7fffffff}});
-    run_elems<uint32_t>(VecU32Extnd24VM, 0x0493a861,  // uxth z1.s
-                        {{0, 0xffff8000, 1, 0x8000}, {5, 0xffff8000, 0, 5}});
-    run_elems<uint64_t>(VecU64Extnd48VM, 0x04d5a861,  // uxtw z1.d
-                        {{0, 0xffffffff80000000ull, 1, 0x80000000}, {0, ~0ull, 1, 0xffffffff}});
 }
 
 TEST(Elements, ExtensionKernelsFallToTheirNarrowestForm) {
@@ -217,36 +110,6 @@ TEST(Elements, ExtensionKernelsFallToTheirNarrowestForm) {
     for (unsigned i = 0; i < 8; ++i) zput<uint64_t>(*s, 3, i, 0x0000000180000000ull);
     EXPECT_EQ(sve_sxtw_zpz(s.get(), zreg(1, ES_S), preg(2, QUAL_MERGE), zreg(3, ES_S)), DECODE_OK);
     for (unsigned i = 0; i < 8; ++i) EXPECT_EQ(zget<uint64_t>(*s, 1, i), 0xffffffff80000000ull);
-}
-
-TEST(Elements, BitwisePredicated) {
-    // z1 = 0xf0f0, z3 = 0xff00
-    run_elems<uint16_t>(VecU16AndVVM, 0x045a0861, {{0xf0f0, 0xff00, 1, 0xf000}, {0xf0f0, 0xff00, 0, 0xf0f0}});
-    run_elems<uint16_t>(VecU16OrVVM, 0x04580861, {{0xf0f0, 0xff00, 1, 0xfff0}, {0xf0f0, 0xff00, 2, 0xf0f0}});
-    run_elems<uint16_t>(VecU16XorVVM, 0x04590861, {{0xf0f0, 0xff00, 1, 0x0ff0}, {0xf0f0, 0xff00, GROUP_0111, 0xf0f0}});
-    run_elems<uint16_t>(VecU16BicVVM, 0x045b0861, {{0xf0f0, 0xff00, 1, 0x00f0}, {0xf0f0, 0xff00, 3, 0x00f0}});
-}
-
-TEST(Elements, BitwiseUnpredicatedIgnoresElementSize) {
-    auto s = noisy_state(11);
-    cpu_state before = *s;
-    // and z1.d, z4.d, z3.d; orr; eor; bic (z1 = z4 AND NOT z3)
-    struct Case {
-        sve_handler h;
-        uint32_t word;
-        uint8_t (*f)(uint8_t, uint8_t);
-    } cases[] = {
-        {VecU64AndVVX, 0x04233081, [](uint8_t a, uint8_t b) { return uint8_t(a & b); }},
-        {VecU64OrVVX, 0x04633081, [](uint8_t a, uint8_t b) { return uint8_t(a | b); }},
-        {VecU64XorVVX, 0x04a33081, [](uint8_t a, uint8_t b) { return uint8_t(a ^ b); }},
-        {VecU64BicVVX, 0x04e33081, [](uint8_t a, uint8_t b) { return uint8_t(a & ~b); }},
-    };
-    for (const Case& c : cases) {
-        *s = before;
-        EXPECT_EQ(c.h(s.get(), c.word), DECODE_OK);
-        for (unsigned i = 0; i < 64; ++i) EXPECT_EQ(s->z[1][i], c.f(before.z[4][i], before.z[3][i])) << std::hex << c.word << " byte " << i;
-        expect_rest_unchanged(before, *s, 1, Route::kernel);
-    }
 }
 
 // --- Aliasing: the destination may be any source; every element is computed

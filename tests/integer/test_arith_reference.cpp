@@ -58,62 +58,24 @@ TEST(WorkedLsr, FrameEffects) {
     for (unsigned i = 0; i < 64; ++i) EXPECT_EQ(s->ffr[i], i % 4 == 0 ? 0 : i % 4 == 1 ? 1 : i & 1) << i;
 }
 
-TEST(Reference, ReversedSubtract) {
-    run_elems<uint32_t>(VecU32SubRVVM, 0x04830861,  // subr z1.s, p2/m, z1.s, z3.s: z3 - z1
-                        {{1, 5, 1, 4}, {5, 1, 1, 0xfffffffc}, {5, 1, 0, 5}, {5, 1, 2, 5}, {0, 0x80000000, 3, 0x80000000}}, REF);
-    run_all<uint16_t>(VecU16SubRVIX, 0x2563c061, {0, 5, 0xffff}, {3, 0xfffe, 4}, REF);        // subr z1.h, #3
-    run_all<uint8_t>(VecU8SubRVIX, 0x2523dfe1, {0, 0xff, 1}, {0xff, 0, 0xfe}, REF);           // subr z1.b, #255
-    run_all<uint32_t>(VecU32SubRVIX, 0x25a3e021, {0, 0x100, 0x101}, {0x100, 0, 0xffffffff}, REF);  // #256
-}
-
-TEST(Reference, HighHalfOfTheProduct) {
-    run_elems<uint64_t>(VecS64MulHVVM, 0x04d20861,  // smulh z1.d
-                        {{n64(-1), n64(-1), 1, 0},
-                         {I64MIN, I64MIN, 1, 0x4000000000000000ull},
-                         {n64(-1), 1, 1, ~0ull},
-                         {I64MAX, I64MAX, 1, 0x3fffffffffffffffull},
-                         {1ull << 32, 1ull << 32, 1, 1},
-                         {I64MIN, I64MAX, 1, 0xc000000000000000ull},
-                         {7, 7, 0, 7}},
-                        REF);
-    run_elems<uint64_t>(VecU64MulHVVM, 0x04d30861,  // umulh z1.d
-                        {{~0ull, ~0ull, 1, 0xfffffffffffffffeull}, {I64MIN, 2, 1, 1}, {~0ull, 1, 1, 0}, {5, 5, GROUP_0111, 5}}, REF);
-    run_elems<uint8_t>(VecS8MulHVVM, 0x04120861,  // smulh z1.b: -128*-128 = 0x4000, -128*127 = 0xc080
-                       {{0x80, 0x80, 1, 0x40}, {0x80, 0x7f, 1, 0xc0}, {0xff, 0xff, 1, 0}, {0xff, 0x01, 1, 0xff}}, REF);
-    run_elems<uint8_t>(VecU8MulHVVM, 0x04130861,  // umulh z1.b: 255*255 = 0xfe01
-                       {{0xff, 0xff, 1, 0xfe}, {0x80, 0x02, 1, 0x01}, {0x0f, 0x0f, 1, 0}}, REF);
-}
-
-TEST(Reference, AbsoluteDifferenceWraps) {
-    run_elems<uint8_t>(VecS8AbdVVM, 0x040c0861,  // sabd z1.b: |127 - -128| = 255
-                       {{0x7f, 0x80, 1, 0xff}, {0x80, 0x7f, 1, 0xff}, {5, 7, 1, 2}, {0xff, 0x01, 1, 2}, {5, 7, 0, 5}}, REF);
-    run_elems<uint8_t>(VecU8AbdVVM, 0x040d0861,  // uabd z1.b
-                       {{0x7f, 0x80, 1, 1}, {0, 0xff, 1, 0xff}, {0xff, 0, 1, 0xff}}, REF);
-    run_elems<uint64_t>(VecS64AbdVVM, 0x04cc0861,  // sabd z1.d
-                        {{I64MAX, I64MIN, 1, ~0ull}, {0, I64MIN, 1, I64MIN}, {n64(-3), 4, 1, 7}}, REF);
-}
-
-TEST(Reference, UnaryForms) {
-    // abs z1.b, p2/m, z3.b: the minimum stays the minimum.
-    run_elems<uint8_t>(VecS8AbsVM, 0x0416a861, {{0x11, 0x80, 1, 0x80}, {0x11, 0xff, 1, 1}, {0x11, 0x7f, 1, 0x7f}, {0x11, 0xff, 0, 0x11}}, REF);
+TEST(Reference, EdgesOfTheReferenceForms) {
+    // subr z1.s, z1.s, #0x100: the shifted immediate minus each element.
+    run_all<uint32_t>(VecU32SubRVIX, 0x25a3e021, {0, 0x100, 0x101}, {0x100, 0, 0xffffffff}, REF);
+    // smulh/umulh z1.d: the high half of the exact 128-bit product.
+    run_elems<uint64_t>(VecS64MulHVVM, 0x04d20861,
+                        {{n64(-1), n64(-1), 1, 0}, {I64MIN, I64MIN, 1, 0x4000000000000000ull}, {n64(-1), 1, 1, ~0ull},
+                         {I64MIN, I64MAX, 1, 0xc000000000000000ull}, {7, 7, 0, 7}}, REF);
+    run_elems<uint64_t>(VecU64MulHVVM, 0x04d30861, {{~0ull, ~0ull, 1, 0xfffffffffffffffeull}, {I64MIN, 2, 1, 1}}, REF);
+    // sabd z1.b: |127 - -128| = 255 wraps into the byte; uabd reads the same bytes as 127 and 128.
+    run_elems<uint8_t>(VecS8AbdVVM, 0x040c0861, {{0x7f, 0x80, 1, 0xff}, {0x80, 0x7f, 1, 0xff}, {0xff, 0x01, 1, 2}}, REF);
+    run_elems<uint8_t>(VecU8AbdVVM, 0x040d0861, {{0x7f, 0x80, 1, 1}, {0, 0xff, 1, 0xff}}, REF);
+    // abs z1.d, p2/m, z3.d: the minimum stays the minimum. cnot z1.s: 1 only for 0.
     run_elems<uint64_t>(VecS64AbsVM, 0x04d6a861, {{0, I64MIN, 1, I64MIN}, {0, n64(-5), 1, 5}, {9, n64(-5), 2, 9}}, REF);
-    // cnot z1.s: 1 for zero, else 0.
     run_elems<uint32_t>(VecU32NotVM, 0x049ba861, {{7, 0, 1, 1}, {7, 1, 1, 0}, {7, 0x80000000, 1, 0}, {7, 0, 0, 7}}, REF);
-    // not z1.d: bitwise complement.
-    run_elems<uint64_t>(VecU64InvVM, 0x04dea861, {{0, 0x0123456789abcdefull, 1, 0xfedcba9876543210ull}, {3, 0, GROUP_0111, 3}}, REF);
-    // uxtb at .h, .s, .d
-    run_elems<uint16_t>(VecU16Extnd12VM, 0x0451a861, {{0, 0xff80, 1, 0x80}, {5, 0xff80, 0, 5}}, REF);
-    run_elems<uint32_t>(VecU32Extnd14VM, 0x0491a861, {{0, 0xffffff80, 1, 0x80}}, REF);
-    run_elems<uint64_t>(VecU64Extnd18VM, 0x04d1a861, {{0, 0xffff, 1, 0xff}, {0, 0x1234567890abcd80ull, 1, 0x80}}, REF);
-}
-
-TEST(Reference, MinMaxImmediates) {
-    run_all<uint64_t>(VecS64MinVIX, 0x25eadfa1, {0, n64(-5), I64MIN, I64MAX}, {n64(-3), n64(-5), I64MIN, n64(-3)}, REF);  // smin #-3
-    run_all<uint64_t>(VecU64MinVIX, 0x25ebdfe1, {0x1000, 5, ~0ull}, {0xff, 5, 0xff}, REF);                       // umin #255
-    run_all<uint16_t>(VecS16MaxVIX, 0x2568d001, {0x8000, 0xff7f, 0, 0xff80}, {0xff80, 0xff80, 0, 0xff80}, REF);     // smax #-128
-    run_all<uint32_t>(VecU32MaxVIX, 0x25a9d901, {0, 0xffffffff, 199, 201}, {200, 0xffffffff, 200, 201}, REF);      // umax #200
-    run_all<uint8_t>(VecS8MinVIX, 0x252adfa1, {0x80, 0x7f, 0xfd}, {0x80, 0xfd, 0xfd}, REF);                        // smin #-3
-    run_all<uint8_t>(VecU8MaxVIX, 0x2529c061, {0, 0xff, 3}, {3, 0xff, 3}, REF);                                    // umax #3
+    // smin z1.d, #-3 and umin z1.d, #255: the immediate is signed for one, unsigned for the other.
+    run_all<uint64_t>(VecS64MinVIX, 0x25eadfa1, {0, n64(-5), I64MIN, I64MAX}, {n64(-3), n64(-5), I64MIN, n64(-3)}, REF);
+    run_all<uint64_t>(VecU64MinVIX, 0x25ebdfe1, {0x1000, 5, ~0ull}, {0xff, 5, 0xff}, REF);
+    run_all<uint16_t>(VecS16MaxVIX, 0x2568d001, {0x8000, 0xff7f, 0, 0xff80}, {0xff80, 0xff80, 0, 0xff80}, REF);  // #-128
 }
 
 }  // namespace

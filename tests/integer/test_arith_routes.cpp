@@ -48,8 +48,9 @@ bool t_bitmask(uint32_t w, uint64_t* out) {
 
 struct Frame {
     const cpu_state& s;
-    CpuContext ctx;
+    mutable CpuContext ctx;
     explicit Frame(const cpu_state& st) : s(st), ctx{} { ctx.vl = 8; }
+    CpuContext* c() const { return &ctx; }
     VecVal z(unsigned n) const {
         VecVal v{};
         std::memcpy(v.b, s.z[n], 64);
@@ -76,70 +77,32 @@ struct Form {
     Expect expect;
 };
 
-#define K_ZPZ(name, kernel, N, op)                                                                  \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                       \
-         *r = name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), const_cast<CpuContext*>(&f.ctx));        \
-         return true;                                                                               \
-     }},
+#define FORM(name, call) {#name, name, [](const Frame& f, uint32_t w, VecVal* r) { *r = call; return true; }},
+#define K_ZPZ(name, kernel, N, op) FORM(name, name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), f.c()))
 #define R_ZPZ(name, N, op) K_ZPZ(name, -, N, op)
-#define K_ZZZ(name, kernel, N, op)                                                     \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                          \
-         *r = name(f.z(F_5(w)), f.z(F_16(w)), const_cast<CpuContext*>(&f.ctx));         \
-         return true;                                                                  \
-     }},
-#define K_ZI(name, kernel, N, op, immf)                                                \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                          \
-         *r = name(f.z(F_d(w)), t_##immf(w), const_cast<CpuContext*>(&f.ctx));          \
-         return true;                                                                  \
-     }},
+#define K_ZZZ(name, kernel, N, op) FORM(name, name(f.z(F_5(w)), f.z(F_16(w)), f.c()))
+#define K_ZI(name, kernel, N, op, immf) FORM(name, name(f.z(F_d(w)), t_##immf(w), f.c()))
 #define R_ZI(name, N, op, immf) K_ZI(name, -, N, op, immf)
-#define K_ZLI(name, kernel, op)                                                        \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                          \
-         uint64_t mask;                                                                \
-         if (!t_bitmask(w, &mask)) return false;                                       \
-         *r = name(f.z(F_d(w)), mask, const_cast<CpuContext*>(&f.ctx));                 \
-         return true;                                                                  \
+#define K_ZLI(name, kernel, op)                                                          \
+    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                            \
+         uint64_t mask;                                                                  \
+         if (!t_bitmask(w, &mask)) return false;                                         \
+         *r = name(f.z(F_d(w)), mask, f.c());                                            \
+         return true;                                                                    \
      }},
-#define K_UN(name, kernel, N, op)                                                                   \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                       \
-         *r = name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), const_cast<CpuContext*>(&f.ctx));        \
-         return true;                                                                               \
-     }},
+#define K_UN(name, kernel, N, op) FORM(name, name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), f.c()))
 #define R_UN(name, N, op) K_UN(name, -, N, op)
-#define K_MAD(name, kernel, N, op)                                                                                 \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                                      \
-         *r = name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_16(w)), f.z(F_5(w)), const_cast<CpuContext*>(&f.ctx));        \
-         return true;                                                                                              \
-     }},
-#define K_MLA(name, kernel, N, op)                                                                                 \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                                      \
-         *r = name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), f.z(F_16(w)), const_cast<CpuContext*>(&f.ctx));        \
-         return true;                                                                                              \
-     }},
+#define K_MAD(name, kernel, N, op) FORM(name, name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_16(w)), f.z(F_5(w)), f.c()))
+#define K_MLA(name, kernel, N, op) FORM(name, name(f.z(F_d(w)), f.p(F_pg3(w)), f.z(F_5(w)), f.z(F_16(w)), f.c()))
 #define K_PRFXM(name, kernel, N) K_UN(name, kernel, N, -)
-#define K_PRFXZ(name, kernel, N)                                                              \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                 \
-         *r = name(f.p(F_pg3(w)), f.z(F_5(w)), const_cast<CpuContext*>(&f.ctx));               \
-         return true;                                                                         \
-     }},
-#define K_MOV(name, kernel)                                                                   \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                 \
-         *r = name(f.z(F_5(w)), const_cast<CpuContext*>(&f.ctx));                              \
-         return true;                                                                         \
-     }},
-#define K_SEL(name, kernel, N)                                                                          \
-    {#name, name, [](const Frame& f, uint32_t w, VecVal* r) {                                           \
-         *r = name(f.p(F_pg4(w)), f.z(F_5(w)), f.z(F_16(w)), const_cast<CpuContext*>(&f.ctx));           \
-         return true;                                                                                   \
-     }},
+#define K_PRFXZ(name, kernel, N) FORM(name, name(f.p(F_pg3(w)), f.z(F_5(w)), f.c()))
+#define K_MOV(name, kernel) FORM(name, name(f.z(F_5(w)), f.c()))
+#define K_SEL(name, kernel, N) FORM(name, name(f.p(F_pg4(w)), f.z(F_5(w)), f.z(F_16(w)), f.c()))
 
 const std::vector<Form>& forms() {
     static const std::vector<Form> all = {
 #include "sve/integer/arith_forms.h"
-        {"VecU16ShrVIX", VecU16ShrVIX, [](const Frame& f, uint32_t w, VecVal* r) {
-             *r = VecU16ShrVIX(f.z(F_5(w)), 16 - (w >> 16 & 15), const_cast<CpuContext*>(&f.ctx));
-             return true;
-         }},
+        FORM(VecU16ShrVIX, VecU16ShrVIX(f.z(F_5(w)), 16 - (w >> 16 & 15), f.c()))
     };
     return all;
 }
