@@ -10,11 +10,12 @@
 # contains SVE words that this build has no handler for yet; those are listed.
 #
 # usage: run_app.sh --qemu Q --sysroot DIR --objdump OBJDUMP --lib LIB
-#                   --unhandled TOOL [--keep DIR] PROGRAM [ARGS...]
+#                   --unhandled TOOL [--also LIB]... [--keep DIR] PROGRAM [ARGS...]
+# --also names a shared library of the program whose SVE words count too.
 set -uo pipefail
 
 qemu=qemu-aarch64 sysroot=/usr/aarch64-linux-gnu objdump=aarch64-linux-gnu-objdump
-lib= tool= keep=
+lib= tool= keep= also=()
 while [ $# -gt 0 ]; do
   case "$1" in
     --qemu) qemu=$2; shift 2 ;;
@@ -23,6 +24,7 @@ while [ $# -gt 0 ]; do
     --lib) lib=$2; shift 2 ;;
     --unhandled) tool=$2; shift 2 ;;
     --keep) keep=$2; shift 2 ;;
+    --also) also+=("$2"); shift 2 ;;
     --) shift; break ;;
     -*) echo "run_app.sh: unknown option $1" >&2; exit 2 ;;
     *) break ;;
@@ -44,7 +46,7 @@ q=(timeout -k 5 "$limit" "$qemu" -L "$sysroot")
 
 # Which SVE words of the program this build cannot emulate (static: not every
 # word is necessarily executed).
-"$objdump" -d "$prog" | "${q[@]}" "${nosve_cpu[@]}" "$tool" >"$work/unhandled.txt"
+for f in "$prog" "${also[@]}"; do "$objdump" -d "$f"; done | "${q[@]}" "${nosve_cpu[@]}" "$tool" >"$work/unhandled.txt"
 summary=$(tail -n 1 "$work/unhandled.txt")
 echo "$name: $summary"
 grep '^unhandled ' "$work/unhandled.txt" | sed 's/^/  /'
