@@ -57,14 +57,15 @@ if [ $ref_rc -ne 0 ]; then
   echo "FAIL: the reference run exited with $ref_rc"; cat "$work/ref.err"; exit 1
 fi
 
-"${q[@]}" "${nosve_cpu[@]}" "$prog" "$@" >"$work/nosve.out" 2>"$work/nosve.err"
+# (The braces keep the shell's own notice of the signal out of the log.)
+{ "${q[@]}" "${nosve_cpu[@]}" "$prog" "$@" >"$work/nosve.out" 2>"$work/nosve.err"; } 2>/dev/null
 nosve_rc=$?
 if [ $nosve_rc -ne 132 ]; then
   echo "FAIL: without SVE and without the library the program exited with $nosve_rc, not by SIGILL (132)"
   exit 1
 fi
 
-"${q[@]}" "${nosve_cpu[@]}" -E "LD_PRELOAD=$lib" "$prog" "$@" >"$work/emu.out" 2>"$work/emu.err"
+{ "${q[@]}" "${nosve_cpu[@]}" -E "LD_PRELOAD=$lib" "$prog" "$@" >"$work/emu.out" 2>"$work/emu.err"; } 2>/dev/null
 emu_rc=$?
 count=$(sed -n "s/^$name: \([0-9][0-9]*\) SVE instructions executed\$/\1/p" "$work/emu.err" | tail -n 1)
 
