@@ -223,6 +223,12 @@ def sweep(args, tools):
     missing = [r[0] for r in chosen if not r[3]]
     departures = cc.load_departures(args.departures)
     stats = {n: RowStats(n) for n in impl}
+    # With --all-rows the rows without a handler run on the reference alone:
+    # how often it rejects or faults on a row's words tells whether the row's
+    # fixed bits and the generator's operands make sense before anyone
+    # implements it.
+    ref_only = {n: RowStats(n) for n in missing} if args.all_rows else {}
+    swept = impl + (missing if args.all_rows else [])
     seed = args.seed
     os.makedirs(args.out, exist_ok=True)
     work = tempfile.mkdtemp(prefix="conf-", dir=args.out)
@@ -242,8 +248,8 @@ def sweep(args, tools):
     t0 = time.time()
 
     per_chunk = max(1, CHUNK // max(1, args.cases))
-    for ci in range(0, len(impl), per_chunk):
-        names = impl[ci:ci + per_chunk]
+    for ci in range(0, len(swept), per_chunk):
+        names = swept[ci:ci + per_chunk]
         rows_file = os.path.join(work, "rows.txt")
         with open(rows_file, "w") as f:
             f.write("\n".join(names) + "\n")
@@ -259,6 +265,8 @@ def sweep(args, tools):
         if cross_n:
             parts = []
             for k in range(len(names)):
+                if names[k] not in stats:
+                    continue
                 lo = k * args.cases * cc.CASE_SIZE
                 parts.append(cases[lo:lo + cross_n * cc.CASE_SIZE])
             cross_cases = b"".join(parts)
@@ -276,9 +284,14 @@ def sweep(args, tools):
                 cross_map[c.seed] = (r, outs["cross"].deaths.get(len(cross_map)))
         for i, case in enumerate(case_list):
             name = names[i // args.cases]
+            ref, ours = outs["ref"].results[i], outs["ours"].results[i]
+            if name not in stats:
+                st = ref_only[name]
+                st.cases += 1
+                st.ref_signals["died" if ref is None else cc.signame(ref.signal) if ref.signal else "none"] += 1
+                continue
             st = stats[name]
             st.cases += 1
-            ref, ours = outs["ref"].results[i], outs["ours"].results[i]
             sides = [("native", ours, outs["ours"].deaths.get(i))]
             if case.seed in cross_map:
                 r, death = cross_map[case.seed]
@@ -323,10 +336,10 @@ def sweep(args, tools):
         speed["comparator"][0] += len(case_list) + len(cross_map)
         speed["comparator"][1] += time.process_time() - c0
         if not args.quiet:
-            done = min(ci + per_chunk, len(impl))
-            print("  %d/%d rows, %.0f s" % (done, len(impl), time.time() - t0), file=sys.stderr)
+            done = min(ci + per_chunk, len(swept))
+            print("  %d/%d rows, %.0f s" % (done, len(swept), time.time() - t0), file=sys.stderr)
     elapsed = time.time() - t0
-    write_reports(args, stats, missing, departures, speed, deaths, elapsed, tools)
+    write_reports(args, stats, missing, departures, speed, deaths, elapsed, tools, ref_only)
     if model_checked[0]:
         print("  pseudocode model of loads checked against the reference on %d cases, %d disagreements"
               % (model_checked[0], len(model_problems)))
@@ -375,7 +388,7 @@ def replay_command(args, name, seed, cross):
 
 # ---- Reports ----------------------------------------------------------------------
 
-def write_reports(args, stats, missing, departures, speed, deaths, elapsed, tools):
+def write_reports(args, stats, missing, departures, speed, deaths, elapsed, tools, ref_only):
     fams = collections.OrderedDict()
     for name in sorted(list(stats) + missing, key=family):
         f = fams.setdefault(family(name), {"rows": 0, "impl": 0, "cases": 0, "failed_rows": 0, "failed": 0})
@@ -408,7 +421,9 @@ def write_reports(args, stats, missing, departures, speed, deaths, elapsed, tool
         md.append("| %s | %s | %d | %d | %d | %d | %s | %s | %s |" % (
             name, s.route(), s.cases, s.match, s.explained, s.failed, cross, sig, ff.replace("|", "\\|")))
     for name in missing:
-        md.append("| %s | missing | | | | | | | |" % name)
+        r = ref_only.get(name)
+        sig = ", ".join("%s %d" % kv for kv in sorted(r.ref_signals.items())) if r else ""
+        md.append("| %s | missing | %s | | | | | %s | |" % (name, r.cases if r else "", sig))
     md += ["", "## Departures used", ""]
     used = collections.Counter()
     for s in stats.values():
@@ -452,7 +467,10 @@ def write_reports(args, stats, missing, departures, speed, deaths, elapsed, tool
             "fail" if s.failed else "ok", e(name), e(s.route()), s.cases, s.match, s.explained, s.failed,
             cross, e(sig), ff, rp))
     for name in missing:
-        h.append("<tr class=missing><td>%s<td>missing<td><td><td><td><td><td><td><td>" % e(name))
+        r = ref_only.get(name)
+        sig = ", ".join("%s %d" % kv for kv in sorted(r.ref_signals.items())) if r else ""
+        h.append("<tr class=missing><td>%s<td>missing<td>%s<td><td><td><td><td>%s<td><td>" % (
+            e(name), r.cases if r else "", e(sig)))
     h.append("</table><h2>Departures used</h2><ul>")
     for d in departures:
         h.append("<li><code>%s</code>: %d cases. %s" % (e(d.id), used.get(d.id, 0), e(d.reason.split("\n")[0])))
@@ -551,6 +569,8 @@ def main():
     ap.add_argument("--departures", default=os.path.join(ROOT, "tests", "conformance", "departures.toml"))
     ap.add_argument("--out", help="report directory (default <build>/conformance)")
     ap.add_argument("--replay", action="append", metavar="ROW:SEED", help="run one case and show its differences")
+    ap.add_argument("--all-rows", action="store_true",
+                    help="also run the rows without a handler, on the reference alone (reported, never failed)")
     ap.add_argument("--keep", action="store_true", help="keep the case and result files")
     ap.add_argument("--quiet", action="store_true")
     args = ap.parse_args()
