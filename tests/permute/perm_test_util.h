@@ -1,6 +1,5 @@
 // Helpers of the permute tests: a register file full of noise, element access
-// by width, predicates written byte by byte as the register file holds them,
-// and the reference context at this build's vector length.
+// at any width, predicates as the register file holds them, and packed ones.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,7 +9,6 @@
 #include <initializer_list>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "sve/core/cpu_state.h"
@@ -19,8 +17,8 @@
 
 namespace permtest {
 
-// Every byte random, so that a kernel that forgets an element or writes one it
-// should not leave shows up.
+// Every byte random, so that an element forgotten or written where it should
+// not be shows up.
 inline std::unique_ptr<cpu_state> noisy_state(uint32_t seed = 1) {
     auto s = std::make_unique<cpu_state>();
     std::mt19937_64 rng(seed);
@@ -29,41 +27,33 @@ inline std::unique_ptr<cpu_state> noisy_state(uint32_t seed = 1) {
     return s;
 }
 
-template <typename T>
-inline T get(const uint8_t* r, unsigned i) {
-    T v;
-    std::memcpy(&v, r + i * sizeof(T), sizeof(T));
+// Element e of `bytes` bytes, zero-extended; and its store.
+inline uint64_t el(const uint8_t* r, unsigned bytes, unsigned e) {
+    uint64_t v = 0;
+    std::memcpy(&v, r + e * bytes, bytes);
     return v;
 }
-template <typename T>
-inline void put(uint8_t* r, unsigned i, T v) {
-    std::memcpy(r + i * sizeof(T), &v, sizeof(T));
-}
+inline void set_el(uint8_t* r, unsigned bytes, unsigned e, uint64_t v) { std::memcpy(r + e * bytes, &v, bytes); }
 
 // Byte k of the register is base + k: every byte tells where it came from.
 inline void seq(uint8_t* r, uint8_t base) {
     for (unsigned k = 0; k < 64; ++k) r[k] = static_cast<uint8_t>(base + k);
 }
+inline std::vector<uint8_t> bytes(const uint8_t* r, unsigned from, unsigned n) { return {r + from, r + from + n}; }
 
 // A predicate of `bytes`-byte elements with exactly the listed ones active;
-// `junk` goes into the other bytes of every group (and bits 1..7 of the first).
-inline void pset_elems(uint8_t* p, unsigned bytes, std::initializer_list<unsigned> on, uint8_t junk = 0) {
+// `junk` fills the other bytes of each group and bits 7..1 of the first.
+inline void pset(uint8_t* p, unsigned bytes, std::initializer_list<unsigned> on, uint8_t junk = 0) {
     for (unsigned k = 0; k < 64; ++k) p[k] = junk & (k % bytes ? 0xff : 0xfe);
     for (unsigned e : on) p[e * bytes] |= 1;
 }
-inline void pset_all(uint8_t* p, unsigned bytes, uint8_t junk = 0) {
-    for (unsigned k = 0; k < 64; ++k) p[k] = k % bytes ? junk : uint8_t((junk & 0xfe) | 1);
-}
-
-inline std::vector<uint8_t> bytes(const uint8_t* r, unsigned from, unsigned n) { return {r + from, r + from + n}; }
-inline std::vector<uint8_t> reg(const uint8_t* r) { return bytes(r, 0, 64); }
 
 inline VecVal vec_of(const uint8_t* r) {
     VecVal v{};
     std::memcpy(v.b, r, 64);
     return v;
 }
-// Packed predicate with the listed bits (vector byte positions) set.
+// Packed predicate with the listed vector-byte positions set.
 inline PredV packed(std::initializer_list<unsigned> bits) {
     PredV p{};
     for (unsigned b : bits) p.w[b >> 6] |= 1ull << (b & 63);

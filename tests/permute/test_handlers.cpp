@@ -33,7 +33,7 @@ struct HandlerCase {
     }
 #define KER(body) [](cpu_state* s) { body; }
 
-uint64_t low64(RefFrame& f, unsigned n) { return get<uint64_t>(f.zv(n).b, 0); }
+uint64_t low64(RefFrame& f, unsigned n) { return el(f.zv(n).b, 8, 0); }
 
 const HandlerCase kCases[] = {
     {0x05e36041, "zip1 z1.d, z2.d, z3.d", H(VecU64Zip1VV), true, KER(sve_zip1_zzz(s, zreg(1, 3), zreg(2, 3), zreg(3, 3)))},
@@ -117,52 +117,6 @@ TEST(Handlers, AgreeWithDirectCallsOfTheirOperandsAndAreFoundByIsSve) {
     }
 }
 
-// A few results spelled out, so that a handler and its expectation cannot
-// share a mistake in the operand fields.
-TEST(Handlers, SpelledOutResults) {
-    auto s = noisy_state();
-    s->x[31] = 0x0000fffff0001230ull;
-    ASSERT_EQ(VecU64DupS(s.get(), 0x05e03bfa), DECODE_OK);  // mov z26.d, sp
-    for (unsigned e = 0; e < 8; ++e) EXPECT_EQ(get<uint64_t>(s->z[26], e), 0x0000fffff0001230ull);
-
-    seq(s->z[22], 0x40);
-    seq(s->z[21], 0x00);
-    ASSERT_EQ(VecU8SlideVI(s.get(), 0x052416d5), DECODE_OK);  // ext z21.b, z21.b, z22.b, #37
-    EXPECT_EQ(s->z[21][0], 37);
-    EXPECT_EQ(s->z[21][63], 0x40 + 36);
-
-    ASSERT_EQ(VecS8IndexII(s.get(), 0x042f4203), DECODE_OK);  // index z3.b, #-16, #15
-    EXPECT_EQ(s->z[3][0], 0xf0);
-    EXPECT_EQ(s->z[3][2], 14);
-    EXPECT_EQ(s->z[3][63], uint8_t(-16 + 63 * 15));
-
-    pset_all(s->p[3], 4);
-    ASSERT_EQ(VecS32DupIZ(s.get(), 0x05933fe2), DECODE_OK);  // mov z2.s, p3/z, #-256
-    for (unsigned e = 0; e < 16; ++e) EXPECT_EQ(get<uint32_t>(s->z[2], e), 0xffffff00u);
-
-    seq(s->z[12], 0);
-    ASSERT_EQ(VecU128ExtDupVI(s.get(), 0x05b0218b), DECODE_OK);  // mov z11.q, z12.q[2]
-    for (unsigned k = 0; k < 64; ++k) EXPECT_EQ(s->z[11][k], 32 + k % 16);
-
-    s->x[7] = 0xffffffffffff1234ull;
-    pset_elems(s->p[3], 2, {});
-    ASSERT_EQ(VecU16CondXBSV(s.get(), 0x0571ad07), DECODE_OK);  // clastb w7, p3, w7, z8.h
-    EXPECT_EQ(s->x[7], 0x1234u);
-
-    seq(s->z[18], 0);
-    pset_elems(s->p[0], 4, {15});
-    s->x[17] = 1;
-    ASSERT_EQ(VecU32LastAV(s.get(), 0x05a0a251), DECODE_OK);  // lasta w17, p0, z18.s
-    EXPECT_EQ(s->x[17], 0x03020100u);
-
-    seq(s->z[22], 0);
-    pset_elems(s->p[2], 8, {6});
-    std::memset(s->z[21], 0xee, 64);
-    ASSERT_EQ(VecD64LastAV(s.get(), 0x05e28ad5), DECODE_OK);  // lasta d21, p2, z22.d
-    EXPECT_EQ(get<uint64_t>(s->z[21], 0), 0x3f3e3d3c3b3a3938ull);
-    EXPECT_EQ(bytes(s->z[21], 8, 56), std::vector<uint8_t>(56, 0));
-}
-
 TEST(Handlers, ReservedDupmImmediatesAreRefused) {
     for (uint32_t word : {0x05c007e0u, 0x05c207e0u}) {  // N 0 with imms all ones; an all-ones element
         auto s = noisy_state();
@@ -171,17 +125,6 @@ TEST(Handlers, ReservedDupmImmediatesAreRefused) {
         EXPECT_EQ(VecS64DupMaskI(s.get(), word), DECODE_UNKNOWN) << std::hex << word;
         EXPECT_EQ(0, std::memcmp(s->z, before.z, sizeof s->z));
     }
-}
-
-TEST(Handlers, ReferenceRouteLeavesTheInstructionFieldAndClearsTheUpperFlagBits) {
-    auto s = noisy_state();
-    uint64_t instr = s->instruction;
-    s->nzcv = 0xdeadbeef60000000ull;
-    ASSERT_EQ(VecU8Trn1VV(s.get(), 0x052c716a), DECODE_OK);
-    EXPECT_EQ(s->instruction, instr);
-    EXPECT_EQ(s->nzcv, 0x60000000ull);
-    ASSERT_EQ(VecU64Zip1VV(s.get(), 0x05e36041), DECODE_OK);
-    EXPECT_EQ(s->instruction, 0x05e36041u);
 }
 
 // Every row of the family has its handler linked, and each runs on words with
