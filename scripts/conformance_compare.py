@@ -406,6 +406,20 @@ def first_active_element_straddles_unreadable(case, ref, ours, name):
     return bool(acc) and _straddles(*acc[0])
 
 
+def first_active_element_unreadable(case, ref, ours, name):
+    """The first active element of a single-register load cannot be read in
+    full (by the case's memory layout)."""
+    lanes = load_lanes(case, name)
+    if lanes is None:
+        return False
+    c = rowinfo(name).esize()
+    pg = case.st.p[field(case.word, 12, 10)]
+    for i, lane in enumerate(lanes):
+        if pg >> (i * c) & 1:
+            return lane is None
+    return False
+
+
 def governing_element0_inactive(case, ref, ours, name):
     return not case.st.p[field(case.word, 12, 10)] & 1
 
@@ -413,6 +427,7 @@ def governing_element0_inactive(case, ref, ours, name):
 CONDITIONS = {
     "predicate_bytes_junk": lambda case, ref, ours, name: bool(case.flags & FLAG_PRED_JUNK),
     "governing_element0_inactive": governing_element0_inactive,
+    "first_active_element_unreadable": first_active_element_unreadable,
     "logical_imm_reserved": lambda case, ref, ours, name: logical_imm_reserved(case.word, name),
     "next_page_unreadable": next_page_unreadable,
     "ref_cleared_ffr": ref_cleared_ffr,

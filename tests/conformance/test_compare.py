@@ -388,6 +388,26 @@ class Conditions(unittest.TestCase):
         for n, immr, imms in valid:
             self.assertFalse(cc.logical_imm_reserved(word(n, immr, imms), "VecS64DupMaskI"), (n, immr, imms))
 
+    def test_first_active_element_unreadable_follows_the_predicate_and_the_gather_offsets(self):
+        name = "VecU64LoadFF8XVSZ"
+        word = 0xC5C06000 | 15 << 16 | 6 << 5 | 26  # ldff1d {z26.d}, p0/z, [x6, z15.d, sxtw]
+        x = [0] * 31
+        x[6] = cc.DATA_BASE + 0x100
+        offs = zreg(15, 8, [0, 8, 16, 24, 32, 40, 48, 56])
+        far = zreg(15, 8, [cc.GUARD_BASE - x[6] + 8, 8, 16, 24, 32, 40, 48, 56])  # element 0 in the guard page
+        all_d = 0x0101010101010101
+        self.assertFalse(cc.first_active_element_unreadable(
+            case(word, state(x=x, z=with_z({15: offs}), p=[all_d] + [0] * 15)), None, None, name))
+        self.assertTrue(cc.first_active_element_unreadable(
+            case(word, state(x=x, z=with_z({15: far}), p=[all_d] + [0] * 15)), None, None, name))
+        # Element 0 inactive: the first active one is element 1, which is readable.
+        self.assertFalse(cc.first_active_element_unreadable(
+            case(word, state(x=x, z=with_z({15: far}), p=[all_d & ~1] + [0] * 15)), None, None, name))
+        # The high half of an SXTW offset is ignored.
+        junk_hi = zreg(15, 8, [0xDEADBEEF00000000 | (cc.GUARD_BASE - x[6] + 8), 8, 16, 24, 32, 40, 48, 56])
+        self.assertTrue(cc.first_active_element_unreadable(
+            case(word, state(x=x, z=with_z({15: junk_hi}), p=[all_d] + [0] * 15)), None, None, name))
+
     def test_structure_accesses_are_whole_structures(self):
         word = 0xA540E000 | 1 << 5  # ld3w {z0.s-z2.s}, p0/z, [x1]
         x = [0] * 31
