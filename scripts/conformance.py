@@ -141,14 +141,14 @@ def self_check(tools, workdir):
     around an instruction that changes nothing (PRFB), and compute a result
     known without it (ADD .S): a harness that lost or moved a register would
     make every comparison meaningless. Returns a list of problems."""
-    specs = ["VecU8Prefetch1SI:%d" % k for k in range(1, 9)] + ["VecU32AddVVX:%d" % k for k in range(1, 9)]
+    probes = ["VecU8Prefetch1SI:%d" % k for k in range(1, 9)] + ["VecU32AddVVX:%d" % k for k in range(1, 9)]
     args = []
-    for sp in specs:
+    for sp in probes:
         args += ["--case", sp]
     cases = subprocess.run([tools.gen] + args, check=True, stdout=subprocess.PIPE).stdout
     out = run_runner(REF_QEMU + [tools.ref], cases, workdir, "reference")
     problems = []
-    for sp, case, res in zip(specs, cc.parse_cases(cases), out.results):
+    for sp, case, res in zip(probes, cc.parse_cases(cases), out.results):
         if res is None or res.signal:
             problems.append("%s: reference stopped (%s)" % (sp, cc._outcome(res)))
             continue
@@ -499,8 +499,8 @@ def replay(args, tools):
     departures = cc.load_departures(args.departures)
     status = 0
     work = tempfile.mkdtemp(prefix="conf-replay-")
-    for spec in args.replay:
-        name, _, seed = spec.rpartition(":")
+    for item in args.replay:
+        name, _, seed = item.rpartition(":")
         cases = subprocess.run([tools.gen, "--case", "%s:%s" % (name, seed)], check=True,
                                stdout=subprocess.PIPE).stdout
         case = cc.parse_cases(cases)[0]

@@ -582,15 +582,15 @@ int main(int argc, char** argv) {
         }
     }
     if (!cases.empty()) {
-        for (const std::string& spec : cases) {
-            size_t colon = spec.rfind(':');
+        for (const std::string& item : cases) {
+            size_t colon = item.rfind(':');
             if (colon == std::string::npos) return usage();
-            int r = find_row(spec.substr(0, colon));
+            int r = find_row(item.substr(0, colon));
             if (r < 0) {
-                fprintf(stderr, "conf_gen: no row %s\n", spec.substr(0, colon).c_str());
+                fprintf(stderr, "conf_gen: no row %s\n", item.substr(0, colon).c_str());
                 return 2;
             }
-            emit(make_case(sve_rows[r], static_cast<uint32_t>(r), std::strtoull(spec.c_str() + colon + 1, nullptr, 0)));
+            emit(make_case(sve_rows[r], static_cast<uint32_t>(r), std::strtoull(item.c_str() + colon + 1, nullptr, 0)));
         }
         return 0;
     }
