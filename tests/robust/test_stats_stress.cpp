@@ -63,6 +63,7 @@ private:
 
 constexpr int kShared = 16;    // addresses both threads count at
 constexpr int kPrivate = 512;  // addresses only one thread counts at, made during the run
+constexpr int kFresh = 50000;  // addresses both threads count at for the first time together
 
 TEST(StatsStress, TwoThreadsCountSharedAndNewAddressesExactly) {
     sve_stats_reset();
@@ -71,9 +72,13 @@ TEST(StatsStress, TwoThreadsCountSharedAndNewAddressesExactly) {
     static unsigned priv[2][kPrivate];
     // One count before the threads: the entry's word must stay this one.
     update_sve_stats(&shared[0], 0x11111111u);
+    // Both threads walk these in the same order, so that they often make the
+    // same new entry at the same moment: neither count may be lost.
+    static unsigned fresh[kFresh];
     StartLine start(2);
     auto work = [&](int t) {
         start.arrive();
+        for (int i = 0; i < kFresh; ++i) update_sve_stats(&fresh[i], 0x25000000u);
         for (int i = 0; i < kIterations; ++i) {
             update_sve_stats(&shared[i % kShared], 0x04a00000u + static_cast<unsigned>(i % kShared));
             update_sve_stats(&priv[t][i % kPrivate], 0x05000000u + static_cast<unsigned>(t));
@@ -83,9 +88,12 @@ TEST(StatsStress, TwoThreadsCountSharedAndNewAddressesExactly) {
     a.join();
     b.join();
 
-    EXPECT_EQ(sve_instr_count_read(), 1u + 4u * kIterations);
+    EXPECT_EQ(sve_instr_count_read(), 1u + 4u * kIterations + 2u * kFresh);
     std::map<const void*, Entry> l = listed();
-    ASSERT_EQ(l.size(), static_cast<size_t>(kShared + 2 * kPrivate));
+    ASSERT_EQ(l.size(), static_cast<size_t>(kShared + 2 * kPrivate + kFresh));
+    int lost = 0;
+    for (int k = 0; k < kFresh; ++k) lost += l[&fresh[k]].count != 2;
+    EXPECT_EQ(lost, 0) << "entries made by both threads at once that lost a count";
     long sum = 0;
     for (int k = 0; k < kShared; ++k) {
         const Entry& e = l[&shared[k]];
@@ -100,7 +108,7 @@ TEST(StatsStress, TwoThreadsCountSharedAndNewAddressesExactly) {
             EXPECT_EQ(e.word, 0x05000000u + static_cast<unsigned>(t));
         }
     for (auto& [pc, e] : l) sum += e.count;
-    EXPECT_EQ(sum, 1L + 4L * kIterations);
+    EXPECT_EQ(sum, 1L + 4L * kIterations + 2L * kFresh);
 }
 
 // ADD Z0.D, Z0.D, Z1.D and SUB Z2.D, Z2.D, Z1.D, unpredicated.
