@@ -363,3 +363,119 @@ SVE_HANDLER(VecU64Prefetch1SV)
 SVE_HANDLER(VecU64Prefetch2SV)
 SVE_HANDLER(VecU64Prefetch4SV)
 SVE_HANDLER(VecU64Prefetch8SV)
+
+// ---- First-fault and non-fault loads, gathers, scatters, LD1RQ -------------
+
+struct PredV;
+struct VecVal;
+struct CpuContext;
+
+// Non-fault LDNF1, scalar plus immediate.
+SVE_ZPRI_KERNEL(sve_ldnf1b_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1b_h_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1b_s_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1b_d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1h_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1h_s_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1h_d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1w_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1w_d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sb_h_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sb_s_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sb_d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sh_s_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sh_d_zpri)
+SVE_ZPRI_KERNEL(sve_ldnf1sw_d_zpri)
+SVE_HANDLER(VecU8CLoadNF1SIZ)
+SVE_HANDLER(VecU16CLoadNF1SIZ)
+SVE_HANDLER(VecU32CLoadNF1SIZ)
+SVE_HANDLER(VecU64CLoadNF1SIZ)
+SVE_HANDLER(VecU16CLoadNF2SIZ)
+SVE_HANDLER(VecU32CLoadNF2SIZ)
+SVE_HANDLER(VecU64CLoadNF2SIZ)
+SVE_HANDLER(VecU32CLoadNF4SIZ)
+SVE_HANDLER(VecU64CLoadNF4SIZ)
+SVE_HANDLER(VecU64CLoadNF8SIZ)
+SVE_HANDLER(VecS16CLoadNF1SIZ)
+SVE_HANDLER(VecS32CLoadNF1SIZ)
+SVE_HANDLER(VecS64CLoadNF1SIZ)
+SVE_HANDLER(VecS32CLoadNF2SIZ)
+SVE_HANDLER(VecS64CLoadNF2SIZ)
+SVE_HANDLER(VecS64CLoadNF4SIZ)
+
+// First-fault LDFF1, scalar plus scalar: the kernel forms, then the forms
+// that run as reference operations (governing predicate, base, index value
+// with 0 for Xm = 31).
+SVE_ZPRR_KERNEL(sve_ldff1b_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1b_h_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1b_s_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1b_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1w_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1w_d_scaled_zprr)
+SVE_ZPRR_KERNEL(sve_ldff1d_scaled_zprr)
+SVE_HANDLER(VecU8CLoadFF1LSSZ)
+SVE_HANDLER(VecU16CLoadFF1LSSZ)
+SVE_HANDLER(VecU32CLoadFF1LSSZ)
+SVE_HANDLER(VecU64CLoadFF1LSSZ)
+SVE_HANDLER(VecU32CLoadFF4LSSZ)
+SVE_HANDLER(VecU64CLoadFF4LSSZ)
+SVE_HANDLER(VecU64CLoadFF8LSSZ)
+#define SVE_FF_CONTIGUOUS_OP(name) \
+    SVE_HANDLER(name)              \
+    extern "C" VecVal name(PredV pg, uint64_t base, uint64_t index, CpuContext* context);
+SVE_FF_CONTIGUOUS_OP(VecU16CLoadFF2LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecU32CLoadFF2LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecU64CLoadFF2LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS16CLoadFF1LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS32CLoadFF1LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS64CLoadFF1LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS32CLoadFF2LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS64CLoadFF2LSSZ)
+SVE_FF_CONTIGUOUS_OP(VecS64CLoadFF4LSSZ)
+#undef SVE_FF_CONTIGUOUS_OP
+
+// The element loop of every first-fault reference operation, contiguous and
+// gather alike: `address[e]` is element e's address (computed for every
+// element; only those the loop reads are touched), `c` the element and `m` the
+// memory size in bytes, `sign` the extension. Clears context->ffr as it goes.
+VecVal first_fault_elements(const PredV& pg, const uint64_t* address, unsigned c, unsigned m, bool sign,
+                            CpuContext* context);
+
+// Gathers and scatters. Kernel shapes by suffix: zpzi (Zt, Pg, Zn, imm),
+// zpzr (Zt, Pg, Zm, Xn), zprz (Zt, Pg, Xn, Zm).
+typedef aarch64_decode_rc (*sve_zpzi_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg, unsigned);
+typedef aarch64_decode_rc (*sve_zpzr_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg, aarch64_i_rsp_reg);
+typedef aarch64_decode_rc (*sve_zprz_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, aarch64_z_reg);
+#define SVE_ZPZI_KERNEL(name) \
+    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg, unsigned);
+#define SVE_ZPZR_KERNEL(name) \
+    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg, aarch64_i_rsp_reg);
+#define SVE_ZPRZ_KERNEL(name) \
+    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, aarch64_z_reg);
+
+// Every gather, first-fault gather and scatter handler, and the kernels of
+// the forms that have one. The reference operations have the handlers' names
+// and take the governing predicate, the operands of the addressing form
+// (VI: Zn, imm; VS, XVS, YVS: Zm, base; SV, XSV, YSV: base, Zm), for a store
+// the data Zt, and the context.
+#define SVE_GATHER_K(h, op, e, m, sign, form, kernel, shape) SVE_HANDLER(h) SVE_##shape##_KERNEL(kernel)
+#define SVE_GATHER_R(h, op, e, m, sign, form) SVE_HANDLER(h)
+#include "sve/memory/gather_forms.def"
+#undef SVE_GATHER_K
+#undef SVE_GATHER_R
+
+// LD1RQ: (Pg, base, offset, context), the offset being the signed 4-bit
+// immediate for QSIZ and X[m] (0 for 31) for QSSZ.
+#define SVE_LD1RQ_OP(name) \
+    SVE_HANDLER(name)      \
+    extern "C" VecVal name(PredV pg, uint64_t base, int64_t offset, CpuContext* context);
+SVE_LD1RQ_OP(VecU8LoadDup1QSIZ)
+SVE_LD1RQ_OP(VecU16LoadDup2QSIZ)
+SVE_LD1RQ_OP(VecU32LoadDup4QSIZ)
+SVE_LD1RQ_OP(VecU64LoadDup8QSIZ)
+SVE_LD1RQ_OP(VecU8LoadDup1QSSZ)
+SVE_LD1RQ_OP(VecU16LoadDup2QSSZ)
+SVE_LD1RQ_OP(VecU32LoadDup4QSSZ)
+SVE_LD1RQ_OP(VecU64LoadDup8QSSZ)
+#undef SVE_LD1RQ_OP
