@@ -199,16 +199,24 @@ def route_of(res):
     return "nothing"
 
 
+# The operand shapes that end handler names, longest tried first, so that
+# the operation keeps letters that look like shape letters (FMS in FMSVVVM,
+# FRIntM in FRIntMVM).
+SHAPES = sorted("""VVVIX VVVM VVVX VVIX VVVI VVM VVX VVZ VVI VIM VIX VIZ VWZ VWM VWX V0Z XVV YVV VM VZ VX VV VI
+    PPZ PZ PM PP PS PV P SV SI SS II IS IM IZ SM LSSZ SSZ SIZ VSZ SVZ XVSZ YVSZ XSVZ YSVZ LSS XSV YSV
+    I S V Z X M""".split(), key=len, reverse=True)
+
+
 def family(name):
-    """Handler-name stem: the operation without type, shape letters or
-    digits, e.g. VecU32AddVVX -> Add, VecS64Load2XSVZ -> Load,
-    VecS8CmpFlgEQVIZ -> CmpEQ."""
+    """Handler-name stem: the operation without type, shape or digits, e.g.
+    VecU32AddVVX -> Add, VecS64Load2XSVZ -> Load, VecS8CmpFlgEQVIZ -> CmpEQ."""
     m = cc.TYPE_RE.match(name)
     rest = m.group(4) if m else name
-    if rest.endswith("VLX"):
-        return rest[:-1]
-    stem = re.sub(r"[VWPSIMZXYL0]+$", "", rest) or rest
-    return re.sub(r"\d", "", stem.replace("Flg", "")) or rest
+    for shape in SHAPES:
+        if rest.endswith(shape) and len(rest) > len(shape):
+            rest = rest[:-len(shape)]
+            break
+    return re.sub(r"\d", "", rest.replace("Flg", "")) or rest
 
 
 # ---- Sweep -------------------------------------------------------------------
