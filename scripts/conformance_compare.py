@@ -163,7 +163,6 @@ class RowInfo:
         self.store = False
         self.quad = False   # LD1RQ: one 16-byte block, replicated
         self.addr = ""      # gather and scatter addressing: VI VS SV XVS YVS XSV YSV
-        self.ff = False
         m = TYPE_RE.match(name)
         rest = ""
         if m:
@@ -194,7 +193,6 @@ class RowInfo:
                 self.addr = mm.group(3) if kind == "gather" else mm.group(2)
                 if kind == "gather":
                     self.store = mm.group(1) == "Store"
-                    self.ff = mm.group(1) == "LoadFF"
             break
 
     def esize(self):
@@ -350,10 +348,6 @@ def next_page_unreadable(case, ref, ours, name):
     return not readable(nxt)
 
 
-def ref_cleared_ffr(case, ref, ours, name):
-    return ref is not None and ref.signal == 0 and ref.st.ffr != case.st.ffr
-
-
 def sext(v, bits):
     return v - (1 << bits) if v >> (bits - 1) & 1 else v
 
@@ -430,7 +424,6 @@ CONDITIONS = {
     "first_active_element_unreadable": first_active_element_unreadable,
     "logical_imm_reserved": lambda case, ref, ours, name: logical_imm_reserved(case.word, name),
     "next_page_unreadable": next_page_unreadable,
-    "ref_cleared_ffr": ref_cleared_ffr,
     "active_element_straddles_unreadable": active_element_straddles_unreadable,
     "first_active_element_straddles_unreadable": first_active_element_straddles_unreadable,
 }
