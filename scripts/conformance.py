@@ -20,6 +20,7 @@ import json
 import os
 import random
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -44,6 +45,8 @@ def fail(msg):
 
 class Tools:
     def __init__(self, build, cross_build, want_cross):
+        if shutil.which("qemu-aarch64") is None:
+            fail("qemu-aarch64 is not installed: it runs the reference runner (and the AArch64 runner)")
         d = os.path.join(build, "tests", "conformance")
         self.gen = os.path.join(d, "conf_gen")
         self.ours = os.path.join(d, "ours_runner")
