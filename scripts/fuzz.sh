@@ -6,9 +6,10 @@
 #                               600) from the corpus kept in build/fuzz/work;
 #                               a crashing input is copied to
 #                               tests/fuzz/corpus/open/ as a regression case
-#   scripts/fuzz.sh --ctest     what the test suite runs: build if needed, replay
-#                               the kept cases, fuzz 60 s with a fixed seed from
-#                               an empty corpus
+#   scripts/fuzz.sh --ctest     what the test suite runs: build if needed, run
+#                               the self-tests of the checks, replay the kept
+#                               cases, fuzz 60 s with a fixed seed from an empty
+#                               corpus
 #   scripts/fuzz.sh --replay    replay the kept cases only (tests/fuzz/corpus/*)
 #   scripts/fuzz.sh --replay-open   replay the cases of open bugs
 #   --binary PATH               use this fuzzer instead of building build/fuzz
@@ -109,6 +110,10 @@ case "$mode" in
   replay) replay "$corpus" ;;
   replay-open) replay "$corpus/open" ;;
   run|ctest)
+    if [ "$mode" = ctest ]; then
+      # Each check of the fuzzer must be seen to fire before a quiet run means anything.
+      ctest --test-dir "$build" -R '^fuzz_selftest_' --output-on-failure
+    fi
     replay "$corpus"
     work=$(mktemp -d "${TMPDIR:-/tmp}/sve-fuzz.XXXXXX")
     trap 'rm -rf "$work"' EXIT
