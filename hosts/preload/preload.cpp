@@ -45,6 +45,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "hosts/preload/preload.h"
 #include "sve/core/decode.h"
 
 namespace {
@@ -83,7 +84,6 @@ std::atomic<thread_slot*> all_slots{nullptr};
 // into the dynamic loader that might allocate.
 __thread thread_slot* my_slot __attribute__((tls_model("initial-exec")));
 
-struct sigaction previous_sigill;
 size_t page_bytes = 4096;
 
 pid_t current_tid() { return static_cast<pid_t>(syscall(SYS_gettid)); }
@@ -186,10 +186,11 @@ struct line_buf {
 // The top-level encoding group of SVE: bits 28..25 = 0010.
 bool in_sve_space(uint32_t word) { return (word >> 25 & 0xf) == 0x2; }
 
-// Hand the signal back: the instruction runs again and meets the action that
-// was there before us (the default one, normally), so the application dies of
-// SIGILL as it would without this library.
-void pass_on(const char* why, uint32_t word, const void* pc) {
+// Hand the signal back, as the processor would: to the application's own
+// SIGILL handler if it has one; otherwise the instruction runs again and meets
+// the default action, so the application dies of SIGILL as it would without
+// this library.
+void pass_on(const char* why, uint32_t word, const void* pc, siginfo_t* info, void* context) {
     if (why != nullptr) {
         line_buf b;
         b.str("libsve_trap_512: ");
@@ -201,7 +202,11 @@ void pass_on(const char* why, uint32_t word, const void* pc) {
         b.str(", the program receives SIGILL\n");
         b.flush();
     }
-    sigaction(SIGILL, &previous_sigill, nullptr);
+    if (preload_deliver_app_sigill(SIGILL, info, context)) return;
+    preload_default_sigill();
+    // Sent with kill or raise: returning would not raise it again, so send
+    // it once more; it stays pending until this handler returns.
+    if (info->si_code <= 0) raise(SIGILL);
 }
 
 fpsimd_context* find_fpsimd(mcontext_t* mc) {
@@ -222,12 +227,9 @@ void on_sigill(int, siginfo_t* info, void* context) {
     mcontext_t* mc = &uc->uc_mcontext;
     unsigned* pc = reinterpret_cast<unsigned*>(mc->pc);
 
-    // Sent with kill or raise: not an instruction of ours to emulate. Nothing
-    // would re-raise it on return, so send it again to whatever handled
-    // SIGILL before us; it stays pending until this handler returns.
+    // Sent with kill or raise: not an instruction of ours to emulate.
     if (info->si_code <= 0) {
-        pass_on(nullptr, 0, pc);
-        raise(SIGILL);
+        pass_on(nullptr, 0, pc, info, context);
         errno = saved_errno;
         return;
     }
@@ -253,7 +255,7 @@ void on_sigill(int, siginfo_t* info, void* context) {
             why = "no FP/SIMD record in the signal frame for instruction";
         else
             why = "no memory for the register file of this thread at instruction";
-        pass_on(why, word, pc);
+        pass_on(why, word, pc, info, context);
         errno = saved_errno;
         return;
     }
@@ -307,7 +309,7 @@ __attribute__((constructor)) void install() {
     sigdelset(&sa.sa_mask, SIGBUS);
     sigdelset(&sa.sa_mask, SIGFPE);
     sigdelset(&sa.sa_mask, SIGTRAP);
-    sigaction(SIGILL, &sa, &previous_sigill);
+    preload_take_sigill(sa);
 }
 
 // The DynamoRIO client's report names the main module; its base name here is
@@ -331,3 +333,5 @@ __attribute__((destructor)) void report() {
 }
 
 }  // namespace
+
+cpu_state* preload_thread_state() { return my_slot != nullptr ? &my_slot->state : nullptr; }
