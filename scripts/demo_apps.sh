@@ -29,7 +29,9 @@ else
 fi
 
 set -e
-bash "$root/scripts/deps.sh"
+# The project's package list is that of the x86-64 development machine (cross
+# compiler, qemu); an AArch64 machine needs only its own gcc and cmake.
+[ $native -eq 1 ] || bash "$root/scripts/deps.sh"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${toolchain[@]}" >/dev/null
 cmake --build "$build" -j "${JOBS:-2}" --target sve_trap_512 sve_apps >/dev/null
 set +e
