@@ -2,32 +2,39 @@
 // loaded with LD_PRELOAD into a program on an AArch64 processor without SVE,
 // it takes the SIGILL that each SVE instruction raises, emulates the
 // instruction on the thread's cpu_state, and resumes the program after it.
+// The program's own signal handlers are looked after in app_signals.cpp.
 //
 // What the handler may and may not do. It runs in signal context, on the
 // application's thread, at an SVE instruction of the application's code. The
 // things on its path, and why each is acceptable:
 //
-// - The per-thread cpu_state and alternate stack come from one mmap per thread,
-//   claimed and recycled with atomics (below): no malloc, no lock.
-// - is_sve walks the decode maps, which are read-only after load.
+// - The per-thread cpu_state, decode cache and alternate stack come from one
+//   mmap per thread, claimed and recycled with atomics (below): no malloc, no
+//   lock. The alternate stack keeps our frames (the kernel's signal frame,
+//   this handler, the deepest reference operation) off stacks the application
+//   sized for itself.
+// - is_sve walks the decode maps, which are read-only after load; the
+//   per-thread cache in front of it is the thread's own.
 // - The handlers and kernels touch only the cpu_state and the application's
 //   memory. A fault there goes to the core's own SIGSEGV/SIGBUS handler, which
-//   we leave unblocked for that reason.
+//   we leave unblocked for that reason. The readability probe of the
+//   first-fault loads swaps the SIGSEGV action through our sigaction, whose
+//   lock is taken with every signal blocked and held for a few stores only.
 // - update_sve_stats takes a std::mutex and, on the first execution at an
 //   address, allocates a map node with operator new. Neither is
 //   async-signal-safe. The mutex can only deadlock if the interrupted code
-//   holds it already, i.e. if this handler were interrupted by a signal
-//   whose handler runs SVE code: our sa_mask blocks every asynchronous signal
-//   while we run, so that cannot happen. The allocation can only deadlock if
-//   the interrupted code is inside malloc itself; SIGILL is synchronous, so
-//   that would take an SVE instruction inside the allocator. The C library
-//   picks its non-SVE routines on a processor without SVE, and an application
-//   whose own allocator is compiled for SVE, or whose asynchronous signal
-//   handlers run SVE code while interrupting malloc, is outside what this host
-//   supports.
-// - The core's decode-table thread-locals (the readability probe's flag) use
-//   the general-dynamic TLS model; for a library loaded at start-up that
-//   resolves to the static TLS block without allocating.
+//   holds it already, and it is only ever held inside this handler, which
+//   blocks every asynchronous signal while it runs (sa_mask), so no handler
+//   of the application can come in between. The allocation can only deadlock
+//   if the interrupted code is inside malloc itself; SIGILL is synchronous,
+//   so that would take an SVE instruction inside the allocator, or in an
+//   asynchronous handler of the application that interrupted the allocator.
+//   The C library picks its non-SVE routines on a processor without SVE; an
+//   application whose allocator, or whose asynchronous signal handlers, run
+//   SVE code is outside what this host supports.
+// - The core's thread-locals (the readability probe's flag) use the
+//   general-dynamic TLS model; for a library loaded at start-up that resolves
+//   to the static TLS block without allocating.
 //
 // Messages from the handler are formatted by hand and written with write(2),
 // so that no stdio lock is taken there.
