@@ -29,9 +29,11 @@
 //   if the interrupted code is inside malloc itself; SIGILL is synchronous,
 //   so that would take an SVE instruction inside the allocator, or in an
 //   asynchronous handler of the application that interrupted the allocator.
-//   The C library picks its non-SVE routines on a processor without SVE; an
-//   application whose allocator, or whose asynchronous signal handlers, run
-//   SVE code is outside what this host supports.
+//   The C library picks its non-SVE routines on a processor without SVE. An
+//   application whose allocator runs SVE code, or whose asynchronous handler
+//   interrupts malloc and then runs an SVE instruction at an address never
+//   executed before, can deadlock here; that is accepted, for the price of
+//   the alternative (an allocation-free table in the core's statistics).
 // - The core's thread-locals (the readability probe's flag) use the
 //   general-dynamic TLS model; for a library loaded at start-up that resolves
 //   to the static TLS block without allocating.
