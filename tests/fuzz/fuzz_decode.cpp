@@ -166,8 +166,12 @@ const char* g_current_name;
 struct Counts {
     uint64_t inputs, decoded, refused, memory, stores, edge, guarded_faults;
 } g_counts;
+std::vector<uint8_t> g_row_seen;  // by index in g_rows
 
 void print_counts() {
+    size_t seen = 0;
+    for (uint8_t b : g_row_seen) seen += b;
+    fprintf(stderr, "fuzz counts: %zu of %zu rows with a handler were run\n", seen, g_rows.size());
     fprintf(stderr,
             "fuzz counts: %" PRIu64 " inputs, %" PRIu64 " with a handler, %" PRIu64 " refused (2), %" PRIu64
             " memory forms (%" PRIu64 " stores, %" PRIu64 " at the area's end), %" PRIu64
@@ -482,6 +486,7 @@ void run_once(sve_handler h, uint32_t word, const cpu_state& start, bool memory,
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     init_rows();
+    g_row_seen.assign(g_rows.size(), 0);
     init_area();
     if (const char* f = getenv("FUZZ_SELFTEST")) g_fault = fault_named(f);
     if (getenv("FUZZ_STATS") != nullptr) atexit(print_counts);
@@ -573,6 +578,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     ++g_counts.decoded;
+    g_row_seen[static_cast<size_t>(row - g_rows.data())] = 1;
     if (memory) {
         ++g_counts.memory;
         g_counts.stores += form.store;
