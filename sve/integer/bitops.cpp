@@ -81,8 +81,4 @@ VecVal ref_bit(const VecVal& zd, const PredV& pg, const VecVal& zn, const CpuCon
         f.put_z(f_zd(w), name(f.zv(f_zd(w)), f.pred(f_pg3(w)), f.zv(f_zn(w)), f.c()));                  \
         return red::done(f);                                                                              \
     }
-#define STUB_ZPZ(name)                                                                                 \
-    extern "C" aarch64_decode_rc name(cpu_state* s, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg) {    \
-        return red::unimplemented(s, #name);                                                           \
-    }
 #include "sve/integer/reduce_forms.h"

@@ -113,12 +113,4 @@ constexpr unsigned doti_zm(uint32_t w, unsigned N) { return N == 32 ? bits_of(w,
         f.put_z(f_zd(w), name(f.zv(f_zn(w)), f.zv(f_zm(w)), f.c()));                                   \
         return red::done(f);                                                                            \
     }
-#define STUB_ZZZ(name)                                                                                 \
-    extern "C" aarch64_decode_rc name(cpu_state* s, aarch64_z_reg, aarch64_z_reg, aarch64_z_reg) {    \
-        return red::unimplemented(s, #name);                                                           \
-    }
-#define STUB_ZZZI(name)                                                                                        \
-    extern "C" aarch64_decode_rc name(cpu_state* s, aarch64_z_reg, aarch64_z_reg, aarch64_z_reg, unsigned) { \
-        return red::unimplemented(s, #name);                                                                   \
-    }
 #include "sve/integer/reduce_forms.h"

@@ -31,9 +31,7 @@ SVE_PERM_ZZZ(sve_tbl_zzz)
 SVE_PERM_PPP(sve_zip1_ppp)
 SVE_PERM_PPP(sve_zip2_ppp)
 SVE_PERM_PPP(sve_uzp1_ppp)
-SVE_PERM_PPP(sve_uzp2_ppp)  // stub: uzp2 of predicates takes the reference route
 SVE_PERM_PPP(sve_trn1_ppp)
-SVE_PERM_PPP(sve_trn2_ppp)  // stub
 #undef SVE_PERM_ZZZ
 #undef SVE_PERM_PPP
 
@@ -50,10 +48,6 @@ SVE_UNPK(sve_uunpkhi_s2d_zz)
 SVE_UNPK(sve_uunpklo_b2h_zz)
 SVE_UNPK(sve_uunpklo_h2s_zz)
 SVE_UNPK(sve_uunpklo_s2d_zz)
-SVE_UNPK(sve_sunpkhi_b2h_zz)  // stubs: the narrower signed unpacks take the reference route
-SVE_UNPK(sve_sunpklo_b2h_zz)
-SVE_UNPK(sve_sunpkhi_h2s_zz)
-SVE_UNPK(sve_sunpklo_h2s_zz)
 #undef SVE_UNPK
 aarch64_decode_rc sve_punpkhi_pp(cpu_state*, aarch64_p_reg pd, aarch64_p_reg pn);
 aarch64_decode_rc sve_punpklo_pp(cpu_state*, aarch64_p_reg pd, aarch64_p_reg pn);
@@ -73,20 +67,6 @@ aarch64_decode_rc sve_index_zii(cpu_state*, aarch64_z_reg zd, int start, int ste
 aarch64_decode_rc sve_index_zir(cpu_state*, aarch64_z_reg zd, int start, aarch64_i_reg rm);
 aarch64_decode_rc sve_index_zri(cpu_state*, aarch64_z_reg zd, aarch64_i_reg rn, int step);
 aarch64_decode_rc sve_index_zrr(cpu_state*, aarch64_z_reg zd, aarch64_i_reg rn, aarch64_i_reg rm);
-
-// Stubs of forms that take the reference route: they report the word and
-// return DECODE_UNKNOWN.
-aarch64_decode_rc sve_splice_zpz(cpu_state*, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_compact_zpz(cpu_state*, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn);
-aarch64_decode_rc sve_clasta_rpz(cpu_state*, aarch64_i_reg rdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_clasta_vpz(cpu_state*, unsigned vdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_clastb_vpz(cpu_state*, unsigned vdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_clasta_zpz(cpu_state*, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_clastb_zpz(cpu_state*, aarch64_z_reg zdn, aarch64_p_reg pg, aarch64_z_reg zm);
-aarch64_decode_rc sve_lasta_rpz(cpu_state*, aarch64_i_reg rd, aarch64_p_reg pg, aarch64_z_reg zn);
-aarch64_decode_rc sve_lasta_vpz(cpu_state*, unsigned vd, aarch64_p_reg pg, aarch64_z_reg zn);
-aarch64_decode_rc sve_insr_zr(cpu_state*, aarch64_z_reg zdn, aarch64_i_reg rm);
-aarch64_decode_rc sve_insr_zv(cpu_state*, aarch64_z_reg zdn, unsigned vm);
 
 // Reference operations of the reference-route handlers, parameters in
 // assembler operand order, the context last. A scalar, general or SIMD, comes

@@ -5,8 +5,6 @@
 // CPY and INDEX store straight into the destination: each reads everything it
 // needs from other registers (a scalar, or the one element it replicates)
 // before its first store, so they too are safe when the registers coincide.
-#include <cstddef>
-#include <cstdio>
 #include <cstring>
 
 #include "sve/integer/kernel_util.h"
@@ -146,12 +144,6 @@ inline void cpy_fill(uint8_t* d, const uint8_t* pred, T v, bool zeroing) {
             T m = active_mask<T>(pred, i);
             set_elem<T>(d, i, T((v & m) | (elem<T>(d, i) & T(~m))));
         }
-}
-
-aarch64_decode_rc unimplemented(cpu_state* s, const char* kernel) {
-    fprintf(stderr, "Unimplemented instruction: [  %tx:\t %08x\t %s  ]\n",
-            static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(s->pc)), static_cast<unsigned>(s->instruction), kernel);
-    return DECODE_UNKNOWN;
 }
 
 }  // namespace
@@ -383,26 +375,3 @@ extern "C" aarch64_decode_rc sve_index_zri(cpu_state* s, aarch64_z_reg zd, aarch
 extern "C" aarch64_decode_rc sve_index_zrr(cpu_state* s, aarch64_z_reg zd, aarch64_i_reg rn, aarch64_i_reg rm) {
     return index_fill(s, zd, read_xr(s, rn), read_xr(s, rm));
 }
-
-// ---- Stubs of the forms that take the reference route --------------------
-
-#define SVE_PERM_STUB(kernel, ...) \
-    extern "C" aarch64_decode_rc kernel(cpu_state* s, __VA_ARGS__) { return unimplemented(s, #kernel); }
-SVE_PERM_STUB(sve_uzp2_ppp, aarch64_p_reg, aarch64_p_reg, aarch64_p_reg)
-SVE_PERM_STUB(sve_trn2_ppp, aarch64_p_reg, aarch64_p_reg, aarch64_p_reg)
-SVE_PERM_STUB(sve_splice_zpz, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_compact_zpz, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_sunpkhi_b2h_zz, aarch64_z_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_sunpklo_b2h_zz, aarch64_z_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_sunpkhi_h2s_zz, aarch64_z_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_sunpklo_h2s_zz, aarch64_z_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_clasta_rpz, aarch64_i_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_clasta_vpz, unsigned, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_clastb_vpz, unsigned, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_clasta_zpz, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_clastb_zpz, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_lasta_rpz, aarch64_i_reg, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_lasta_vpz, unsigned, aarch64_p_reg, aarch64_z_reg)
-SVE_PERM_STUB(sve_insr_zr, aarch64_z_reg, aarch64_i_reg)
-SVE_PERM_STUB(sve_insr_zv, aarch64_z_reg, unsigned)
-#undef SVE_PERM_STUB

@@ -2,19 +2,12 @@
 // uaddv, smaxv, sminv, umaxv, uminv, andv, orv and eorv as kernels, saddv on
 // the reference route.
 #include <algorithm>
-#include <cstdio>
 #include <type_traits>
 
 #include "sve/core/handler_util.h"
 #include "sve/integer/intlib.h"
 #include "sve/integer/kernel_util.h"
 #include "sve/integer/reduce.h"
-
-aarch64_decode_rc red::unimplemented(const cpu_state* s, const char* kernel) {
-    fprintf(stderr, "Unimplemented instruction: [  %tx:\t %08x\t %s  ]\n",
-            static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(s->pc)), static_cast<unsigned>(s->instruction), kernel);
-    return DECODE_UNKNOWN;
-}
 
 // ---------------------------------------------------------------------------
 // Kernels
@@ -140,9 +133,5 @@ uint64_t ref_reduce(const PredV& pg, const VecVal& zn, const CpuContext* c) {
         RefFrame f(s);                                                                            \
         f.put_v(f_zd(w), name(f.pred(f_pg3(w)), f.zv(f_zn(w)), f.c()), 8);                       \
         return red::done(f);                                                                      \
-    }
-#define STUB_VPZ(name)                                                                                \
-    extern "C" aarch64_decode_rc name(cpu_state* s, unsigned, aarch64_p_reg, aarch64_z_reg) {        \
-        return red::unimplemented(s, #name);                                                          \
     }
 #include "sve/integer/reduce_forms.h"

@@ -31,7 +31,7 @@ aarch64_decode_rc sve_rbit_zpz(cpu_state*, aarch64_z_reg zd, aarch64_p_reg pg, a
 aarch64_decode_rc sve_revw_zpz(cpu_state*, aarch64_z_reg zd, aarch64_p_reg pg, aarch64_z_reg zn);
 }
 
-// Handlers, reference operations and stub kernels of every form.
+// Handlers and reference operations of every form.
 #define RED_K(name, kernel, N, op)                \
     aarch64_decode_rc name(cpu_state*, unsigned); \
     extern "C" uint64_t name(PredV pg, VecVal zn, CpuContext* c);
@@ -50,11 +50,6 @@ aarch64_decode_rc sve_revw_zpz(cpu_state*, aarch64_z_reg zd, aarch64_p_reg pg, a
     aarch64_decode_rc name(cpu_state*, unsigned); \
     extern "C" VecVal name(VecVal zd, PredV pg, VecVal zn, CpuContext* c);
 #define BIT_R(name, N, op) BIT_K(name, -, N, op)
-#define STUB_VPZ(name) extern "C" aarch64_decode_rc name(cpu_state*, unsigned, aarch64_p_reg, aarch64_z_reg);
-#define STUB_ZZZ(name) extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_z_reg, aarch64_z_reg);
-#define STUB_ZZZI(name) \
-    extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_z_reg, aarch64_z_reg, unsigned);
-#define STUB_ZPZ(name) extern "C" aarch64_decode_rc name(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_z_reg);
 #include "sve/integer/reduce_forms.h"
 
 // ---------------------------------------------------------------------------
@@ -70,10 +65,6 @@ inline uint64_t get(const VecVal& v, unsigned e, unsigned N) {
     return x;
 }
 inline void set(VecVal& v, unsigned e, unsigned N, uint64_t x) { std::memcpy(v.b + e * (N / 8), &x, N / 8); }
-
-// What the stub kernels do if ever reached: the unimplemented-kernel line
-// with the pc and the instruction word, and DECODE_UNKNOWN.
-aarch64_decode_rc unimplemented(const cpu_state* s, const char* kernel);
 
 inline aarch64_decode_rc done(RefFrame& f) { return static_cast<aarch64_decode_rc>(f.finish()); }
 

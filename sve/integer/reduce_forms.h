@@ -1,8 +1,8 @@
 // Every instruction form of the reductions, dot products, ADR and the
-// per-element bit operations, one line each, with the kernel names that exist
-// only as stubs. Included with the shape macros defined by the user; a shape
-// the user leaves undefined expands to nothing, so each source of the family
-// takes only its own lines. reduce.h makes the declarations from it.
+// per-element bit operations, one line each. Included with the shape macros
+// defined by the user; a shape the user leaves undefined expands to nothing,
+// so each source of the family takes only its own lines. reduce.h makes the
+// declarations from it.
 //
 // Shapes, with the operand fields they cut:
 //   RED_K, RED_R  vd 4..0, pg 12..10, zn 9..5         scalar = reduce(active zn)
@@ -37,18 +37,6 @@
 #endif
 #ifndef BIT_R
 #define BIT_R(name, N, op)
-#endif
-#ifndef STUB_VPZ
-#define STUB_VPZ(name)
-#endif
-#ifndef STUB_ZZZ
-#define STUB_ZZZ(name)
-#endif
-#ifndef STUB_ZZZI
-#define STUB_ZZZI(name)
-#endif
-#ifndef STUB_ZPZ
-#define STUB_ZPZ(name)
 #endif
 
 // saddv, uaddv
@@ -143,22 +131,6 @@ BIT_R(VecU32Rev2V, 32, rev2)
 BIT_R(VecU64Rev2V, 64, rev2)
 BIT_K(VecU64Rev4V, sve_revw_zpz, 64, rev4)
 
-// Kernel names whose instructions take the reference route.
-STUB_VPZ(sve_saddv_vpz)
-STUB_ZZZ(sve_sdot_b2s_zzz)
-STUB_ZZZ(sve_sdot_h2d_zzz)
-STUB_ZZZ(sve_udot_b2s_zzz)
-STUB_ZZZ(sve_udot_h2d_zzz)
-STUB_ZZZI(sve_sdot_b2s_zzzi)
-STUB_ZZZI(sve_udot_b2s_zzzi)
-STUB_ZZZ(sve_adr_sxtw_scaled_zzz)
-STUB_ZZZ(sve_adr_uxtw_scaled_zzz)
-STUB_ZPZ(sve_cnt_zpz)
-STUB_ZPZ(sve_cls_zpz)
-STUB_ZPZ(sve_clz_zpz)
-STUB_ZPZ(sve_revb_zpz)
-STUB_ZPZ(sve_revh_zpz)
-
 #undef RED_K
 #undef RED_R
 #undef DOT
@@ -167,7 +139,3 @@ STUB_ZPZ(sve_revh_zpz)
 #undef ADR_R
 #undef BIT_K
 #undef BIT_R
-#undef STUB_VPZ
-#undef STUB_ZZZ
-#undef STUB_ZZZI
-#undef STUB_ZPZ

@@ -249,18 +249,4 @@ TEST(Moves, IndexWrapsAtEveryElementWidth) {
     EXPECT_TRUE(all_equal(s->z[2], 8, 0xfffffffffffffff9ull));
 }
 
-TEST(Moves, StubsReportTheWordAndRefuse) {
-    auto s = noisy_state();
-    s->instruction = 0x05243800;
-    cpu_state before = *s;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(sve_insr_zr(s.get(), {0, 5, 0, 0}, {1, 0, 4, 4}), DECODE_UNKNOWN);
-    EXPECT_EQ(sve_uzp2_ppp(s.get(), P(0, 0), P(1, 0), P(2, 0)), DECODE_UNKNOWN);
-    std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("Unimplemented instruction: [  "), std::string::npos) << err;
-    EXPECT_NE(err.find(":\t 05243800\t sve_insr_zr  ]\n"), std::string::npos) << err;
-    EXPECT_NE(err.find("sve_uzp2_ppp"), std::string::npos) << err;
-    EXPECT_EQ(0, std::memcmp(s.get(), &before, sizeof before));
-}
-
 }  // namespace

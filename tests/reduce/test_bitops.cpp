@@ -1,6 +1,6 @@
 // Bit operations at 0, all ones and the sign boundary of every size, merging
 // of inactive elements, Zd equal to Zn; and the route of every handler of the
-// family, with the stub kernels that no handler reaches.
+// family.
 #include <regex>
 #include <string>
 #include <utility>
@@ -112,22 +112,6 @@ TEST(Routes, EachRowTakesItsRoute) {
     }
     EXPECT_EQ(rows, 81u);
     EXPECT_EQ(kernels, 41u);
-}
-
-// The kernel names whose instructions take the reference route refuse to run.
-TEST(Routes, StubsReportUnimplemented) {
-    Machine m;
-    const aarch64_z_reg z{0, 0, 5, 5};
-    const aarch64_p_reg p{0, 4, 7, 7};
-    aarch64_decode_rc rcs[] = {
-#define STUB_VPZ(name) name(m.s(), 0, p, z),
-#define STUB_ZZZ(name) name(m.s(), z, z, z),
-#define STUB_ZZZI(name) name(m.s(), z, z, z, 0),
-#define STUB_ZPZ(name) name(m.s(), z, p, z),
-#include "sve/integer/reduce_forms.h"
-    };
-    EXPECT_EQ(sizeof rcs / sizeof rcs[0], 14u);
-    for (auto rc : rcs) EXPECT_EQ(rc, DECODE_UNKNOWN);
 }
 
 }  // namespace
