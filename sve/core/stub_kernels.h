@@ -24,6 +24,7 @@
 #define SVE_STUB_SHAPE_ZPZ aarch64_z_reg, aarch64_p_reg, aarch64_z_reg
 #define SVE_STUB_SHAPE_ZPI aarch64_z_reg, aarch64_p_reg, unsigned
 #define SVE_STUB_SHAPE_ZI aarch64_z_reg, unsigned
+#define SVE_STUB_SHAPE_ZI_INT aarch64_z_reg, int
 #define SVE_STUB_SHAPE_ZII aarch64_z_reg, unsigned, unsigned
 #define SVE_STUB_SHAPE_ZP aarch64_z_reg, aarch64_p_reg
 #define SVE_STUB_SHAPE_ZR aarch64_z_reg, aarch64_i_reg
@@ -31,8 +32,16 @@
 #define SVE_STUB_SHAPE_RII aarch64_i_reg, unsigned, unsigned
 #define SVE_STUB_SHAPE_RP aarch64_i_reg, aarch64_p_reg
 #define SVE_STUB_SHAPE_RPZ aarch64_i_reg, aarch64_p_reg, aarch64_z_reg
+#define SVE_STUB_SHAPE_RR aarch64_i_reg, aarch64_i_reg
 #define SVE_STUB_SHAPE_VPZ unsigned, aarch64_p_reg, aarch64_z_reg
+#define SVE_STUB_SHAPE_PI aarch64_p_reg, unsigned
+#define SVE_STUB_SHAPE_PP aarch64_p_reg, aarch64_p_reg
 #define SVE_STUB_SHAPE_PPP aarch64_p_reg, aarch64_p_reg, aarch64_p_reg
+#define SVE_STUB_SHAPE_PPPP aarch64_p_reg, aarch64_p_reg, aarch64_p_reg, aarch64_p_reg
+#define SVE_STUB_SHAPE_PPZI aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, unsigned
+#define SVE_STUB_SHAPE_PPZI_INT aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, int
+#define SVE_STUB_SHAPE_PPZZ aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, aarch64_z_reg
+#define SVE_STUB_SHAPE_PRR aarch64_p_reg, aarch64_i_reg, aarch64_i_reg
 // Memory: a base register takes SP for 31, an index register the zero
 // register. ZPZR is (Zt, Pg, Zm, Xn), ZPRZ (Zt, Pg, Xn, Zm); the prefetches
 // take the prefetch operation first.
