@@ -17,6 +17,11 @@
 //   - cpu_state.instruction is either untouched or exactly the word;
 //   - a word refused with 2 changed nothing in cpu_state or memory;
 //   - a prefetch changed nothing; a form that does not store left memory alone;
+//   - a memory form wrote only its own registers (Zt and the next ones, or Pt;
+//     FFR for first-fault and non-fault loads), never X, NZCV, FPSR or FPCR;
+//   - no access faulted outside a guarded read (the area keeps every address
+//     of a form mapped; only first-fault and non-fault loads run into the
+//     guard page, and only after their first active element);
 //   - both runs ended in the same state (no read of uninitialised data, no
 //     hidden state carried from one call to the next); the second goes through
 //     execute_sve_instruction, which must also step pc and count a success.
