@@ -20,9 +20,14 @@
 // tells two shapes of the same letters apart by the immediate's type.
 #define SVE_STUB_SHAPE_ZZ aarch64_z_reg, aarch64_z_reg
 #define SVE_STUB_SHAPE_ZZZ aarch64_z_reg, aarch64_z_reg, aarch64_z_reg
+#define SVE_STUB_SHAPE_ZZI aarch64_z_reg, aarch64_z_reg, unsigned
 #define SVE_STUB_SHAPE_ZZZI aarch64_z_reg, aarch64_z_reg, aarch64_z_reg, unsigned
+#define SVE_STUB_SHAPE_ZZZII aarch64_z_reg, aarch64_z_reg, aarch64_z_reg, unsigned, unsigned
 #define SVE_STUB_SHAPE_ZPZ aarch64_z_reg, aarch64_p_reg, aarch64_z_reg
 #define SVE_STUB_SHAPE_ZPI aarch64_z_reg, aarch64_p_reg, unsigned
+#define SVE_STUB_SHAPE_ZPI_FP aarch64_z_reg, aarch64_p_reg, aarch64_sve_fp_arith_imm
+#define SVE_STUB_SHAPE_ZPI_FPDUP aarch64_z_reg, aarch64_p_reg, aarch64_sve_fp_dup_imm
+#define SVE_STUB_SHAPE_ZPZZI aarch64_z_reg, aarch64_p_reg, aarch64_z_reg, aarch64_z_reg, unsigned
 #define SVE_STUB_SHAPE_ZI aarch64_z_reg, unsigned
 #define SVE_STUB_SHAPE_ZI_INT aarch64_z_reg, int
 #define SVE_STUB_SHAPE_ZII aarch64_z_reg, unsigned, unsigned
@@ -38,6 +43,7 @@
 #define SVE_STUB_SHAPE_PP aarch64_p_reg, aarch64_p_reg
 #define SVE_STUB_SHAPE_PPP aarch64_p_reg, aarch64_p_reg, aarch64_p_reg
 #define SVE_STUB_SHAPE_PPPP aarch64_p_reg, aarch64_p_reg, aarch64_p_reg, aarch64_p_reg
+#define SVE_STUB_SHAPE_PPZ aarch64_p_reg, aarch64_p_reg, aarch64_z_reg
 #define SVE_STUB_SHAPE_PPZI aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, unsigned
 #define SVE_STUB_SHAPE_PPZI_INT aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, int
 #define SVE_STUB_SHAPE_PPZZ aarch64_p_reg, aarch64_p_reg, aarch64_z_reg, aarch64_z_reg
