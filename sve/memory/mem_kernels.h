@@ -11,15 +11,23 @@
 typedef aarch64_decode_rc (*sve_zpri_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, int);
 typedef aarch64_decode_rc (*sve_zprr_kernel)(cpu_state*, aarch64_z_reg, aarch64_p_reg, aarch64_i_rsp_reg, aarch64_i_reg);
 
+// An element of memory at any address: application data need not be aligned,
+// and reading it through an M* would promise an alignment the program never
+// gave. Both hosts load and store unaligned in one instruction.
+template <typename M>
+struct __attribute__((packed, may_alias)) unaligned_cell {
+    M v;
+};
+
 // One access of exactly the element's memory width at an application address.
 // volatile keeps the compiler from splitting, widening or merging it.
 template <typename M>
 inline M mem_load(uint64_t address) {
-    return *reinterpret_cast<const volatile M*>(address);
+    return reinterpret_cast<const volatile unaligned_cell<M>*>(address)->v;
 }
 template <typename M>
 inline void mem_store(uint64_t address, M value) {
-    *reinterpret_cast<volatile M*>(address) = value;
+    reinterpret_cast<volatile unaligned_cell<M>*>(address)->v = value;
 }
 
 // The handlers of both shapes cut the same fields: Zt 4..0, Pg 12..10, Xn

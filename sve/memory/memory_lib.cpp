@@ -24,6 +24,7 @@
 #include <cstdint>
 
 #include "sve/memory/memory.h"
+#include "sve/memory/mem_kernels.h"
 
 namespace {
 
@@ -63,12 +64,12 @@ inline void step_over_probe(ucontext_t* uc) { uc->uc_mcontext.gregs[REG_RIP] += 
 template <typename T>
 inline T load(unsigned long address) {
     // volatile keeps it one access of the full width, never split or merged.
-    return *reinterpret_cast<const volatile T*>(address);
+    return mem_load<T>(address);
 }
 
 template <typename T>
 inline void store(unsigned long address, T value) {
-    *reinterpret_cast<volatile T*>(address) = value;
+    mem_store<T>(address, value);
 }
 
 // A fault between SVEFaultRegion = 1 and = 0 comes back here through
