@@ -1,5 +1,5 @@
 // Helpers of the permute tests: a register file full of noise, element access
-// at any width, predicates as the register file holds them, and packed ones.
+// at any width, and predicates as the register file holds them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,7 +12,8 @@
 #include <vector>
 
 #include "sve/core/cpu_state.h"
-#include "sve/core/reference.h"
+#include "sve/core/decode.h"
+#include "sve/core/handler_util.h"
 #include "sve/integer/perm_ops.h"
 
 namespace permtest {
@@ -27,14 +28,12 @@ inline std::unique_ptr<cpu_state> noisy_state(uint32_t seed = 1) {
     return s;
 }
 
-// Element e of `bytes` bytes, zero-extended; and its store.
+// Element e of `bytes` bytes, zero-extended.
 inline uint64_t el(const uint8_t* r, unsigned bytes, unsigned e) {
     uint64_t v = 0;
     std::memcpy(&v, r + e * bytes, bytes);
     return v;
 }
-inline void set_el(uint8_t* r, unsigned bytes, unsigned e, uint64_t v) { std::memcpy(r + e * bytes, &v, bytes); }
-
 // Byte k of the register is base + k: every byte tells where it came from.
 inline void seq(uint8_t* r, uint8_t base) {
     for (unsigned k = 0; k < 64; ++k) r[k] = static_cast<uint8_t>(base + k);
@@ -46,23 +45,6 @@ inline std::vector<uint8_t> bytes(const uint8_t* r, unsigned from, unsigned n) {
 inline void pset(uint8_t* p, unsigned bytes, std::initializer_list<unsigned> on, uint8_t junk = 0) {
     for (unsigned k = 0; k < 64; ++k) p[k] = junk & (k % bytes ? 0xff : 0xfe);
     for (unsigned e : on) p[e * bytes] |= 1;
-}
-
-inline VecVal vec_of(const uint8_t* r) {
-    VecVal v{};
-    std::memcpy(v.b, r, 64);
-    return v;
-}
-// Packed predicate with the listed vector-byte positions set.
-inline PredV packed(std::initializer_list<unsigned> bits) {
-    PredV p{};
-    for (unsigned b : bits) p.w[b >> 6] |= 1ull << (b & 63);
-    return p;
-}
-inline CpuContext ctx512() {
-    CpuContext c{};
-    c.vl = 8;
-    return c;
 }
 
 }  // namespace permtest

@@ -12,16 +12,13 @@
 
 namespace redtest {
 
-inline unsigned F_d(uint32_t w) { return w & 31; }
-inline unsigned F_n(uint32_t w) { return w >> 5 & 31; }
-inline unsigned F_m(uint32_t w) { return w >> 16 & 31; }
-inline unsigned F_pg(uint32_t w) { return w >> 10 & 7; }
-
-// Every Z byte random, so that a byte written or left by mistake shows.
+// Every Z and P byte random, so that a byte written or left by mistake shows.
 inline void noise(Machine& m) {
     std::mt19937 rng(7);
     for (auto& z : m.st->z)
         for (auto& b : z) b = static_cast<uint8_t>(rng());
+    for (auto& p : m.st->p)
+        for (auto& b : p) b = static_cast<uint8_t>(rng());
 }
 
 inline void run(Machine& m, sve_handler h, uint32_t word) {

@@ -1,21 +1,16 @@
-// Reductions: the identity of each operation and size when no element is
-// active; sums that outgrow the element, signed at every saddv size; results
-// at element width with the other bytes of the register 0; inactive elements
-// that would change the result; Vd equal to Zn.
+// Reductions with no active element: the identity at the element width, the
+// other bytes of the register 0. Destinations that are also sources. The ADR
+// kernel's width and shift, read from the stored word. The route of every
+// handler of the family.
 #include <cstring>
+#include <regex>
+#include <string>
+#include <utility>
 
 #include "reduce/red_test.h"
 
 namespace {
 using namespace redtest;
-
-// The scalar in the low `bytes` of z[d], every other byte 0.
-void expect_scalar(Machine& m, unsigned d, unsigned bytes, uint64_t want, const char* what) {
-    uint64_t got = 0;
-    std::memcpy(&got, m.st->z[d], bytes);
-    EXPECT_EQ(got, want) << what;
-    for (unsigned b = bytes; b < 64; ++b) ASSERT_EQ(m.st->z[d][b], 0) << what << " byte " << b;
-}
 
 // "op v3, p2, z5.T" at .b, .h, .s, .d (saddv has no .d), words from the
 // assembler, and the identity at each size; a sum is a 64-bit scalar.
@@ -36,64 +31,101 @@ const Op ops[] = {
     {"eorv", {0x041928a3, 0x045928a3, 0x049928a3, 0x04d928a3}, {}},
 };
 
-TEST(Reduce, NoActiveElementGivesTheIdentity) {
+TEST(Reduce, NoActiveElementGivesTheIdentityAtElementWidth) {
     for (const Op& op : ops)
         for (unsigned k = 0; k < 4 && op.word[k]; ++k) {
             Machine m;
             noise(m);
-            const unsigned N = 8u << k;
+            const unsigned N = 8u << k, bytes = std::strstr(op.text, "add") ? 8 : N / 8;
             for (unsigned i = 0; i < 512 / N; ++i) m.set_active(2, i, N, false);
             ASSERT_EQ(m.exec(op.word[k]), DECODE_OK);
-            expect_scalar(m, 3, std::strstr(op.text, "add") ? 8 : N / 8, op.identity[k], op.text);
+            uint64_t got = 0;
+            std::memcpy(&got, m.st->z[3], bytes);
+            EXPECT_EQ(got, op.identity[k]) << op.text << " " << N;
+            for (unsigned b = bytes; b < 64; ++b) ASSERT_EQ(m.st->z[3][b], 0) << op.text << " " << N << " byte " << b;
         }
 }
 
-// Zn holds `fill` but in the elements set; `active` has a bit per element.
-struct Case {
-    uint32_t word;
-    sve_handler h;
-    unsigned N, bytes;
-    uint64_t fill, active;
-    struct { unsigned i; uint64_t v; } set[3];
-    uint64_t want;
-    const char* why;
-};
-constexpr uint64_t ALL = ~0ull;
-const Case cases[] = {
-    {0x040128a3, VecU8AddReduceV, 8, 8, 0xff, ALL, {}, 16320, "64 x 255 does not fit a byte"},
-    {0x044128a3, VecU16AddReduceV, 16, 8, 0xffff, ALL, {}, 2097120, "32 x 65535"},
-    {0x048128a3, VecU32AddReduceV, 32, 8, 0xffffffff, ALL, {}, 0xffffffff0, "16 x 0xffffffff"},
-    {0x04c128a3, VecU64AddReduceV, 64, 8, 0x1000, 0x3, {{0, ~0ull}, {1, 2}}, 1, "wraps at 64 bits"},
-    {0x040028a3, VecS8AddReduceV, 8, 8, 0x01, 1ull << 7, {{7, 0xff}}, ~0ull, "one active -1 is a 64-bit -1"},
-    {0x040028a3, VecS8AddReduceV, 8, 8, 0x80, ALL, {}, 0xffffffffffffe000, "64 x -128"},
-    {0x044028a3, VecS16AddReduceV, 16, 8, 0x8000, ALL, {}, 0xfffffffffff00000, "32 x -32768"},
-    {0x048028a3, VecS32AddReduceV, 32, 8, 0x80000000, ALL, {}, 0xfffffff800000000, "16 x -2^31"},
-    {0x048028a3, VecS32AddReduceV, 32, 8, 0x7fffffff, ALL, {}, 0x7fffffff0, "16 x (2^31 - 1)"},
-    {0x040828a3, VecS8MaxReduceV, 8, 1, 0x80, ~(1ull << 9), {{9, 0x7f}, {3, 0xfe}, {60, 0xfd}}, 0xfe, "-2"},
-    {0x04c828a3, VecS64MaxReduceV, 64, 8, (uint64_t)-5, ~4ull, {{2, 0x7fffffffffffffff}}, (uint64_t)-5, "-5"},
-    {0x048a28a3, VecS32MinReduceV, 32, 4, 1, ALL, {{4, 0x80000000}, {5, 0xffffffff}}, 0x80000000, "minimum"},
-    {0x044a28a3, VecS16MinReduceV, 16, 2, 0x7fff, ~(1ull << 31), {{31, 0x8000}, {30, 0xffff}}, 0xffff, "-1"},
-    {0x044928a3, VecU16MaxReduceV, 16, 2, 1, ~1ull, {{0, 0xffff}, {17, 0x8000}}, 0x8000, "unsigned"},
-    {0x040b28a3, VecU8MinReduceV, 8, 1, 0xff, ~(1ull << 63), {{63, 0}, {62, 0x7f}}, 0x7f, "unsigned"},
-    {0x041a28a3, VecU8AndReduceV, 8, 1, 0xf3, ~2ull, {{1, 0}, {2, 0x3f}}, 0x33, "inactive 0 skipped"},
-    {0x045828a3, VecU16OrReduceV, 16, 2, 0, ~(1ull << 7), {{5, 0x0101}, {6, 0x8000}, {7, 0xffff}}, 0x8101, ""},
-    {0x049928a3, VecU32XorReduceV, 32, 4, 0x0f0f0f0f, ~(1ull << 8), {{3, 0xffffffff}}, 0xffffffff, "14 cancel"},
-    {0x04d928a3, VecU64XorReduceV, 64, 8, 1, ALL, {{0, 0x8000000000000000}}, 0x8000000000000001, "7 ones"},
-    {0x044b28a5, VecU16MinReduceV, 16, 2, 0x1234, ALL, {{20, 0x42}}, 0x42, "uminv h5, p2, z5.h"},
-    {0x04003ca5, VecS8AddReduceV, 8, 8, 0xff, ALL, {}, (uint64_t)-64, "saddv d5, p7, z5.b"},
+// Each word with z5 as destination and source, against the same form with
+// the sources in z6 and z7, which hold z5's bytes.
+TEST(Reduce, DestinationEqualToASource) {
+    const struct {
+        uint32_t aliased, apart;
+        const char* text;
+    } cases[] = {
+        {0x044b28a5, 0x044b28c5, "uminv h5, p2, z5.h"},   {0x040828a5, 0x040828c5, "smaxv b5, p2, z5.b"},
+        {0x048128a5, 0x048128c5, "uaddv d5, p2, z5.s"},   {0x040028a5, 0x040028c5, "saddv d5, p2, z5.b"},
+        {0x05e688a5, 0x05e688c5, "revw z5.d, p2/m, z5.d"}, {0x056788a5, 0x056788c5, "rbit z5.h, p2/m, z5.h"},
+        {0x04e5a4a5, 0x04e7a4c5, "adr z5.d, [z5.d, z5.d, lsl #1]"}, {0x448500a5, 0x448700c5, "sdot z5.s, z5.b, z5.b"},
+    };
+    for (const auto& c : cases) {
+        Machine aliased, apart;
+        for (Machine* m : {&aliased, &apart}) {
+            noise(*m);
+            std::memcpy(m->st->z[6], m->st->z[5], 64);
+            std::memcpy(m->st->z[7], m->st->z[5], 64);
+        }
+        run(aliased, is_sve(c.aliased), c.aliased);
+        run(apart, is_sve(c.apart), c.apart);
+        EXPECT_EQ(0, std::memcmp(aliased.st->z[5], apart.st->z[5], 64)) << c.text;
+    }
+}
+
+// The operand records carry no shift: the kernel takes the width (bit 22) and
+// the shift (bits 11..10) from cpu_state.instruction. Zn 0x1000 and Zm all
+// ones give 0x1000 - (1 << shift) at either width.
+TEST(Adr, KernelReadsWidthAndShiftFromTheStoredWord) {
+    for (unsigned sz = 0; sz < 2; ++sz)
+        for (unsigned shift = 0; shift < 4; ++shift) {
+            Machine m;
+            noise(m);
+            const unsigned N = sz ? 64 : 32;
+            m.fill_z(5, N, 0x1000);
+            m.fill_z(6, N, ones_of(N));
+            m.st->instruction = 0x04a6a0a3 | sz << 22 | shift << 10;  // adr z3, [z5, z6, lsl #shift]
+            ASSERT_EQ(sve_adr_scaled_zzz(m.s(), {3, 3, 5, 5}, {5, 3, 5, 5}, {6, 3, 5, 5}), DECODE_OK);
+            for (unsigned e = 0; e < 512 / N; ++e)
+                ASSERT_EQ(m.z(3, e, N), 0x1000 - (1u << shift)) << N << " lsl " << shift << " element " << e;
+        }
+}
+
+// The route of every handler, told by what only one route does: the kernel
+// route stores the word in cpu_state.instruction; the reference route leaves
+// it, and writes back the flags zero-extended and FFR with one bit a byte.
+const std::regex kernel_route("Vec(U..?AddReduceV|...?(Max|Min|And|Or|Xor)ReduceV|U64LEA.VV|U..?RBitVM|U64Rev4V)");
+const std::pair<const char*, sve_handler> handlers[] = {
+#define RED_K(name, ...) {#name, name},
+#define RED_R RED_K
+#define DOT RED_K
+#define DOTI RED_K
+#define ADR_K RED_K
+#define ADR_R RED_K
+#define BIT_K RED_K
+#define BIT_R RED_K
+#include "sve/integer/reduce_forms.h"
 };
 
-TEST(Reduce, ActiveElementsOnly) {
-    for (const Case& c : cases) {
-        Machine m;
-        noise(m);
-        m.fill_z(F_n(c.word), c.N, c.fill);
-        for (auto& s : c.set)
-            if (s.i || s.v) m.set_z(F_n(c.word), s.i, c.N, s.v);
-        for (unsigned i = 0; i < 512 / c.N; ++i) m.set_active(F_pg(c.word), i, c.N, c.active >> i & 1);
-        run(m, c.h, c.word);
-        expect_scalar(m, F_d(c.word), c.bytes, c.want, c.why);
+TEST(Routes, EachRowTakesItsRoute) {
+    unsigned kernels = 0, rows = 0;
+    for (const auto& [name, h] : handlers) {
+        for (size_t i = 0; i < sve_row_count; ++i) {
+            if (std::string(sve_rows[i].name) != name) continue;
+            const uint32_t w = sve_rows[i].bits;
+            const bool kernel = std::regex_match(name, kernel_route);
+            Machine m;
+            m.st->instruction = 0xc0ffee;
+            m.st->nzcv = 0xffffffff60000000ull;
+            std::memset(m.st->ffr, 0xfe, 64);
+            run(m, h, w);
+            EXPECT_EQ(m.st->instruction, kernel ? w : 0xc0ffeeu) << name;
+            EXPECT_EQ(m.st->nzcv, kernel ? 0xffffffff60000000ull : 0x60000000u) << name;
+            EXPECT_EQ(m.st->ffr[0], kernel ? 0xfe : 0) << name;
+            kernels += kernel;
+            ++rows;
+        }
     }
+    EXPECT_EQ(rows, 81u);
+    EXPECT_EQ(kernels, 41u);
 }
 
 }  // namespace
