@@ -8,7 +8,8 @@
 #include <atomic>
 #include <csignal>
 
-#include "memfault/memfault_forms.h"
+#include "memory/mem_test_util.h"
+#include "sve/memory/mem_kernels.h"
 #include "sve/memory/memory.h"
 
 namespace {
@@ -22,8 +23,12 @@ extern "C" int sigaction(int sig, const struct sigaction* act, struct sigaction*
     return real(sig, act, old);
 }
 
-namespace memfault_test {
 namespace {
+
+// Elements [from, to) of size `size` inactive in p5, the rest active.
+void set_predicate(cpu_state* s, unsigned size, int from, int to) {
+    for (unsigned k = 0; k < 64; ++k) s->p[5][k] = k % size == 0 && !(int(k / size) >= from && int(k / size) < to);
+}
 
 int probes_of(cpu_state* s, sve_handler h, uint32_t word) {
     segv_installs = 0;
@@ -52,7 +57,7 @@ TEST(Probes, NonFaultProbesOncePerPageAndTwiceForAnActiveFirstElement) {
         const char* what;
         uint64_t base;
         bool doubleword;
-        int inactive_from, inactive_to;  // a run of inactive elements, [from, to)
+        int inactive_from, inactive_to;
         int probes;
     } cases[] = {
         {"6 before the bad page, all active", pg.addr(1) - 6, false, 0, 0, 3},
@@ -64,9 +69,8 @@ TEST(Probes, NonFaultProbesOncePerPageAndTwiceForAnActiveFirstElement) {
         {"doublewords, 16 before the bad page", pg.addr(1) - 16, true, 0, 0, 3},
     };
     for (const auto& c : cases) {
-        const unsigned size = c.doubleword ? 8 : 1;
-        set_predicate(s, size, [&](unsigned i) { return !(int(i) >= c.inactive_from && int(i) < c.inactive_to); });
-        s->x[XN] = c.base - 64;
+        set_predicate(s, c.doubleword ? 8 : 1, c.inactive_from, c.inactive_to);
+        s->x[9] = c.base - 64;
         EXPECT_EQ(probes_of(s, c.doubleword ? VecU64CLoadNF8SIZ : VecU8CLoadNF1SIZ, c.doubleword ? 0xa5f1b531 : 0xa411b531),
                   c.probes)
             << c.what;
@@ -79,7 +83,7 @@ TEST(Probes, FirstFaultKernelsProbeOnlyAtABoundary) {
     Pages pg(2);
     SharedState st;
     cpu_state* s = st.s;
-    s->x[XM] = 0;
+    s->x[12] = 0;
     struct {
         const char* what;
         uint64_t base;
@@ -93,11 +97,10 @@ TEST(Probes, FirstFaultKernelsProbeOnlyAtABoundary) {
         {"at a page start", pg.addr(1), true, 0},
     };
     for (const auto& c : cases) {
-        set_predicate(s, 1, [&](unsigned) { return c.active; });
-        s->x[XN] = c.base;
+        set_predicate(s, 1, 0, c.active ? 0 : 64);
+        s->x[9] = c.base;
         EXPECT_EQ(probes_of(s, VecU8CLoadFF1LSSZ, 0xa40c7531), c.probes) << c.what;
     }
 }
 
 }  // namespace
-}  // namespace memfault_test

@@ -1,6 +1,6 @@
-// Helpers of the memory tests: page layouts with holes, a process in which a
-// fault may end things, and a register file that such a process can leave
-// behind for the parent to inspect.
+// Helpers of the memory, memfault and gather tests: pages with holes, memory
+// below 4 GiB, a process in which a fault may end things, and a register file
+// that such a process leaves behind for the parent to inspect.
 #pragma once
 
 #include <sys/mman.h>
@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -18,22 +19,31 @@
 inline size_t host_page() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
 
 // `count` pages, readable and writable, shared with a forked child so that
-// what it did before dying can be seen.
+// what it did before dying can be seen. With `low`, below 4 GiB (base stays
+// null if no place is free there).
 struct Pages {
-    explicit Pages(size_t count) : n(count) {
-        base = static_cast<uint8_t*>(
-            mmap(nullptr, n * host_page(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    explicit Pages(size_t count, bool low = false) : n(count) {
+        const int flags = MAP_SHARED | MAP_ANONYMOUS | (low ? MAP_FIXED_NOREPLACE : 0);
+        for (uint64_t at = low ? 0x20000000 : 0; at < 0xf0000000 && base == nullptr; at += 0x01000000) {
+            void* p = mmap(reinterpret_cast<void*>(at), n * host_page(), PROT_READ | PROT_WRITE, flags, -1, 0);
+            if (p != MAP_FAILED && (!low || p == reinterpret_cast<void*>(at)))
+                base = static_cast<uint8_t*>(p);
+            else if (p != MAP_FAILED)
+                munmap(p, n * host_page());
+        }
     }
-    ~Pages() { munmap(base, n * host_page()); }
+    ~Pages() {
+        if (base) munmap(base, n * host_page());
+    }
     uint8_t* page(size_t k) const { return base + k * host_page(); }
     void protect(size_t k, int prot) const { mprotect(page(k), host_page(), prot); }
     uint64_t addr(size_t k, long offset = 0) const { return reinterpret_cast<uint64_t>(page(k)) + offset; }
-    uint8_t* base;
+    uint8_t* base = nullptr;
     size_t n;
 };
 
-// A register file in shared memory, filled with a pattern that no kernel
-// writes by accident.
+// A register file in shared memory, filled with 0xA5, which no kernel writes
+// by accident.
 struct SharedState {
     SharedState() {
         s = static_cast<cpu_state*>(
@@ -43,6 +53,18 @@ struct SharedState {
     ~SharedState() { munmap(s, sizeof(cpu_state)); }
     cpu_state* s;
 };
+const uint64_t kUntouched = 0xA5A5A5A5A5A5A5A5ull;
+
+inline uint64_t get(const void* p, unsigned bytes) {
+    uint64_t v = 0;
+    std::memcpy(&v, p, bytes);
+    return v;
+}
+inline uint64_t get(uint64_t address, unsigned bytes) { return get(reinterpret_cast<const void*>(address), bytes); }
+inline void put(void* p, unsigned bytes, uint64_t v) { std::memcpy(p, &v, bytes); }
+inline void fill(uint8_t* p, size_t n, unsigned seed) {
+    for (size_t k = 0; k < n; ++k) p[k] = uint8_t(k * seed + 29);
+}
 
 struct ChildResult {
     int status;
@@ -91,3 +113,8 @@ inline const char* const kBusMessage =
     "signal handler.\n";
 
 inline bool died_by(const ChildResult& r, int sig) { return WIFSIGNALED(r.status) && WTERMSIG(r.status) == sig; }
+inline bool completed(const ChildResult& r) { return WIFEXITED(r.status) && WEXITSTATUS(r.status) == 0; }
+// Died by SIGSEGV after the handler's message, printed once.
+inline bool died_once_by_segv(const ChildResult& r) {
+    return died_by(r, SIGSEGV) && count_of(r.err, kSegvMessage) == 1;
+}
