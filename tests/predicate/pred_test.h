@@ -7,9 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
-#include <string>
 
 #include "sve/core/cpu_state.h"
 #include "sve/core/handler_util.h"
@@ -17,18 +15,16 @@
 #include "sve/integer/predicate.h"
 
 // Handlers under test, called directly with assembled words.
+typedef aarch64_decode_rc (*Handler)(cpu_state*, unsigned);
 #define PT_DECLARE(h) aarch64_decode_rc h(cpu_state*, unsigned);
-#define PT_HANDLERS(X)                                                                                       \
-    X(VecPAndPPZ) X(VecPBicPPZ) X(VecPXorPPZ) X(VecPNorPPZ) X(VecPOrPPZ) X(VecPSelPP) X(VecPAndFlgPPZ)       \
-    X(VecPBicFlgPPZ) X(VecPXorFlgPPZ) X(VecPNandPPZ) X(VecPNandFlgPPZ) X(VecPNorFlgPPZ) X(VecPOrNPPZ)       \
-    X(VecPOrNFlgPPZ) X(VecPOrFlgPPZ) X(VecP8TrueI) X(VecP16TrueI) X(VecP32TrueI) X(VecP64TrueI)            \
-    X(VecP8TrueFlgI) X(VecP16TrueFlgI) X(VecP32TrueFlgI) X(VecP64TrueFlgI) X(VecPFalse)                    \
-    X(VecPSetFirstActiveP) X(VecP8GenNextP) X(VecP16GenNextP) X(VecP32GenNextP) X(VecP64GenNextP)          \
-    X(VecPTestPZ) X(VecPActualP) X(VecPActualFlgP) X(VecPReadFFSRP) X(VecPWriteFFSRP) X(VecPClearFFSR)      \
-    X(VecPBreakAPM) X(VecPBreakAPZ) X(VecPBreakAFlgPZ) X(VecPBreakBPM) X(VecPBreakBPZ) X(VecPBreakBFlgPZ)  \
-    X(VecPBreakNextPZ) X(VecPBreakNextFlgPZ) X(VecPBreakPrevAPZ) X(VecPBreakPrevAFlgPZ)                    \
-    X(VecPBreakPrevBPZ) X(VecPBreakPrevBFlgPZ) X(VecU32CTermEQ) X(VecU32CTermNE) X(VecU64CTermEQ)         \
-    X(VecU64CTermNE)
+#define PT_HANDLERS(X)                                                                                   \
+    X(VecPAndPPZ) X(VecPBicPPZ) X(VecPXorPPZ) X(VecPNorPPZ) X(VecPOrPPZ) X(VecPSelPP) X(VecPAndFlgPPZ)   \
+    X(VecPNandPPZ) X(VecPNandFlgPPZ) X(VecPOrNPPZ) X(VecP64TrueI) X(VecP64TrueFlgI) X(VecPFalse)         \
+    X(VecPSetFirstActiveP) X(VecP64GenNextP) X(VecPTestPZ) X(VecPActualP) X(VecPActualFlgP)              \
+    X(VecPReadFFSRP) X(VecPWriteFFSRP) X(VecPClearFFSR) X(VecPBreakAPM) X(VecPBreakAPZ)                  \
+    X(VecPBreakAFlgPZ) X(VecPBreakBPM) X(VecPBreakBPZ) X(VecPBreakBFlgPZ) X(VecPBreakNextPZ)             \
+    X(VecPBreakNextFlgPZ) X(VecPBreakPrevAPZ) X(VecPBreakPrevAFlgPZ) X(VecPBreakPrevBPZ)                 \
+    X(VecPBreakPrevBFlgPZ) X(VecU32CTermEQ) X(VecU32CTermNE) X(VecU64CTermEQ) X(VecU64CTermNE)
 PT_HANDLERS(PT_DECLARE)
 
 namespace pt {
@@ -74,50 +70,6 @@ inline void expect_clean_elems(const uint8_t* bytes, unsigned size, uint64_t ele
     }
 }
 
-// One instruction that writes p1 from predicates p1..p4, each loaded with
-// set_pelems at the row's element size. `flags` -1: the instruction sets no
-// flag. Reference-route rows lose bits 63..32 of nzcv; kernel rows keep them.
-typedef aarch64_decode_rc (*Handler)(cpu_state*, unsigned);
-struct PredRow {
-    const char* name;
-    Handler handler;
-    unsigned word;
-    unsigned size;
-    uint64_t p1, p2, p3, p4;
-    uint64_t want;
-    int flags;
-    bool reference_route;
-};
-
-inline void run_pred_rows(const PredRow* rows, size_t count) {
-    for (size_t i = 0; i < count; ++i) {
-        const PredRow& r = rows[i];
-        auto s = make_state();
-        const uint64_t in[4] = {r.p1, r.p2, r.p3, r.p4};
-        for (unsigned n = 0; n < 4; ++n) set_pelems(s->p[n + 1], r.size, in[n]);
-        const unsigned flags_in = r.flags < 0 ? F(1, 0, 1, 1) : F(1, 1, 1, 1) ^ unsigned(r.flags);
-        s->nzcv = nzcv_with(flags_in);
-        ASSERT_EQ(r.handler(s.get(), r.word), DECODE_OK) << r.name;
-        expect_clean_elems(s->p[1], r.size, r.want, r.name);
-        EXPECT_EQ(flags(s.get()), r.flags < 0 ? flags_in : unsigned(r.flags)) << r.name;
-        EXPECT_EQ(s->nzcv & ~NZCV_FLAGS, r.reference_route ? kNzcvJunk & 0x0fffffffu : kNzcvJunk) << r.name;
-    }
-}
-template <size_t N>
-inline void run_pred_rows(const PredRow (&rows)[N]) {
-    run_pred_rows(rows, N);
-}
-
-inline CpuContext make_ctx(unsigned flags_in = 0) {
-    CpuContext c{};
-    c.nzcv = uint32_t(nzcv_with(flags_in));
-    c.vl = 8;
-    return c;
-}
-inline PredV pv(uint64_t w0) {
-    PredV p{};
-    p.w[0] = w0;
-    return p;
-}
+inline uint64_t first_n(unsigned n) { return n >= 64 ? ~0ull : (1ull << n) - 1; }
 
 }  // namespace pt
