@@ -1,7 +1,5 @@
 #include "harness.h"
 
-#include <fcntl.h>
-
 namespace client_test {
 
 alignas(16) uint32_t main_code[256];
@@ -13,29 +11,24 @@ void client_main(std::vector<const char*> args) {
     dr_client_main(7, static_cast<int>(args.size()), args.data());
 }
 
-StderrCapture::StderrCapture() {
+std::string stderr_of(const std::function<void()>& body) {
     fflush(stderr);
-    file_ = tmpfile();
-    saved_ = dup(2);
-    dup2(fileno(file_), 2);
+    FILE* file = tmpfile();
+    int saved = dup(2);
+    dup2(fileno(file), 2);
+    body();
+    fflush(stderr);
+    dup2(saved, 2);
+    close(saved);
+    std::string text;
+    rewind(file);
+    for (int ch; (ch = fgetc(file)) != EOF;) text += static_cast<char>(ch);
+    fclose(file);
+    return text;
 }
 
-std::string StderrCapture::text() {
-    if (!done_) {
-        fflush(stderr);
-        dup2(saved_, 2);
-        close(saved_);
-        fseek(file_, 0, SEEK_SET);
-        char buf[4096];
-        size_t n;
-        while ((n = fread(buf, 1, sizeof buf, file_)) > 0) text_.append(buf, n);
-        fclose(file_);
-        done_ = true;
-    }
-    return text_;
-}
-
-StderrCapture::~StderrCapture() { text(); }
+std::string exit_text() { return stderr_of(drstub::process_exit); }
+std::string dump_text() { return stderr_of(dump_sve_stats); }
 
 ChildEnd run_in_child(const std::function<void()>& body) {
     int fds[2];
@@ -53,18 +46,22 @@ ChildEnd run_in_child(const std::function<void()>& body) {
     close(fds[1]);
     std::string err;
     char buf[4096];
-    ssize_t n;
-    while ((n = read(fds[0], buf, sizeof buf)) > 0) err.append(buf, static_cast<size_t>(n));
+    for (ssize_t n; (n = read(fds[0], buf, sizeof buf)) > 0;) err.append(buf, static_cast<size_t>(n));
     close(fds[0]);
     int st = 0;
     waitpid(pid, &st, 0);
-    if (WIFEXITED(st)) return {true, WEXITSTATUS(st), err};
-    return {false, WIFSIGNALED(st) ? WTERMSIG(st) : -1, err};
+    return {WIFEXITED(st), WIFEXITED(st) ? WEXITSTATUS(st) : WTERMSIG(st), err};
 }
 
 std::string assert_line(int line, const char* condition) {
     return std::string("ASSERT FAILURE: ") + SVE_CLIENT_SOURCE + ":" + std::to_string(line) + ": " + condition +
            " ()\n";
+}
+
+std::string totals(unsigned long sve, unsigned long non_sve) {
+    const std::string name = "vector_app";
+    return name + ": " + std::to_string(sve) + " SVE instructions executed\n" + name + ": " +
+           std::to_string(non_sve) + " Non-SVE AArch64 instructions executed\n";
 }
 
 Handler current_handler;
@@ -74,13 +71,6 @@ aarch64_decode_rc test_handler(cpu_state* s, unsigned word) { return current_han
 drstub::CallHook replace_handler() {
     return [](std::vector<uint64_t>& args) {
         if (args.size() == 3) args[2] = reinterpret_cast<uint64_t>(&test_handler);
-    };
-}
-
-drstub::CallHook replace_handler_at(const uint32_t* pc) {
-    return [pc](std::vector<uint64_t>& args) {
-        if (args.size() == 3 && args[1] == reinterpret_cast<uint64_t>(pc))
-            args[2] = reinterpret_cast<uint64_t>(&test_handler);
     };
 }
 
@@ -103,8 +93,7 @@ void ClientTest::SetUp() {
     client_main();
     dc = drstub::thread_init();
     std::fill(std::begin(main_code), std::end(main_code), kNop);
-    std::fill(std::begin(lib_code), std::end(lib_code), kNop);
-    std::fill(std::begin(loose_code), std::end(loose_code), kNop);
+    for (uint32_t* code : {lib_code, loose_code}) std::fill(code, code + 64, kNop);
 }
 
 void ClientTest::TearDown() {
@@ -129,11 +118,6 @@ std::vector<drstub::Item> ClientTest::items(instrlist_t* bb) {
         out.push_back(it);
     }
     return out;
-}
-
-std::string totals(unsigned long sve, unsigned long non_sve) {
-    return std::string(kExeName) + ": " + std::to_string(sve) + " SVE instructions executed\n" + kExeName + ": " +
-           std::to_string(non_sve) + " Non-SVE AArch64 instructions executed\n";
 }
 
 }  // namespace client_test

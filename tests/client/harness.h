@@ -18,40 +18,33 @@
 
 namespace client_test {
 
-// Full path the host reports for the main executable, and its base name as
-// the totals lines must show it.
+// Full path the host reports for the main executable; its base name is what
+// the totals lines show.
 constexpr const char* kExePath = "/opt/korvel/bin/vector_app";
-constexpr const char* kExeName = "vector_app";
 
 constexpr uint32_t kNop = 0xd503201f;
 constexpr uint32_t kAddZ = 0x04a20020;  // ADD Z0.S, Z1.S, Z2.S
 
-// Memory standing for the application's code: the main executable, a shared
-// library of it, and memory in no module at all. Tests write the words they
-// need and hand their addresses to the host as blocks.
+// The application's code: the main executable, a shared library, and memory
+// in no module at all.
 extern uint32_t main_code[256];
 extern uint32_t lib_code[64];
 extern uint32_t loose_code[64];
 
 // Starts the client as the host would: argument list {library path, args...}.
 void client_main(std::vector<const char*> args = {});
+// The text of an assertion failure of the client at `line`.
+std::string assert_line(int line, const char* condition);
+// The totals lines that event_exit prints for the main executable.
+std::string totals(unsigned long sve, unsigned long non_sve);
 
-// Standard error of what runs between construction and text().
-class StderrCapture {
-public:
-    StderrCapture();
-    ~StderrCapture();
-    std::string text();
+// What `body` writes to standard error; that of the exit event; the listing
+// of dump_sve_stats.
+std::string stderr_of(const std::function<void()>& body);
+std::string exit_text();
+std::string dump_text();
 
-private:
-    int saved_ = -1;
-    FILE* file_ = nullptr;
-    std::string text_;
-    bool done_ = false;
-};
-
-// Runs `body` in a child process and reports how it ended and what it wrote to
-// standard error.
+// How `body`, run in a child process, ended and what it wrote to standard error.
 struct ChildEnd {
     bool exited;
     int status;  // exit status, or signal number
@@ -59,18 +52,12 @@ struct ChildEnd {
 };
 ChildEnd run_in_child(const std::function<void()>& body);
 
-// The text of an assertion failure of the client at `line`.
-std::string assert_line(int line, const char* condition);
-
 // The handler the decoder found is replaced, at the call, by `test_handler`,
-// which runs `current_handler`. The word and pc that reached it, and the
-// cpu_state it was given, are kept for the test.
+// which runs `current_handler`.
 using Handler = std::function<aarch64_decode_rc(cpu_state*, unsigned)>;
 extern Handler current_handler;
 aarch64_decode_rc test_handler(cpu_state* s, unsigned word);
 drstub::CallHook replace_handler();
-// The same, for the calls whose pc is `pc` only.
-drstub::CallHook replace_handler_at(const uint32_t* pc);
 
 // A register file with a distinct value in every register.
 drstub::Machine distinct_machine(uint64_t seed);
@@ -88,8 +75,5 @@ protected:
     void* dc = nullptr;
     std::vector<instrlist_t*> blocks;
 };
-
-// The totals lines that event_exit prints, for the counts given.
-std::string totals(unsigned long sve, unsigned long non_sve);
 
 }  // namespace client_test
