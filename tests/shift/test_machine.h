@@ -44,7 +44,5 @@ struct Machine {
     }
 };
 
-// All-ones, maximum and minimum of an N-bit element.
+// All ones in an N-bit element.
 constexpr uint64_t ones_of(unsigned N) { return N == 64 ? ~0ull : (1ull << N) - 1; }
-constexpr uint64_t smax_of(unsigned N) { return ones_of(N) >> 1; }
-constexpr uint64_t smin_of(unsigned N) { return 1ull << (N - 1); }
