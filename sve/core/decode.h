@@ -44,7 +44,8 @@ extern "C" aarch64_decode_rc execute_sve_instruction(cpu_state* state);
 extern "C" void update_sve_stats(unsigned* pc, unsigned word);
 extern "C" void dump_sve_stats();
 uint64_t sve_instr_count_read();
-// Test support: forget all statistics.
+// Forgets all statistics: the client starts its run with it (the per-address
+// table is empty then, so it only zeroes the total), and tests use it between cases.
 void sve_stats_reset();
 
 // Page size of the host, set by the static initialiser before the maps.
